@@ -1,0 +1,164 @@
+#pragma once
+
+// The chief header. clsApplication is one object, but its members are defined
+// in the folder of the subsystem they belong to; the sections below name the
+// file that defines each group.
+
+#include "app/clsDTimer.h"
+#include "app/clsError.h"
+#include "app/clsStatus.h"
+#include "data/clsRecordSelection.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <memory>
+
+class IEventLoop;
+class IUserDialogs;
+class IMainWindow;
+class ISerialPort;
+class IRegistry;
+class IDataFile;
+class clsSettings;
+class clsLogger;
+class clsHalvexMsg;
+class clsFlashMemInfo;
+class clsGpsPlaces;
+class clsRecordCollection;
+
+// What the application is given by the front end that starts it.
+struct clsPlatform {
+    IEventLoop* EventLoop = nullptr;
+    IUserDialogs* Dialogs = nullptr;
+    IMainWindow* MainWindow = nullptr;
+    ISerialPort* Port = nullptr;
+    IRegistry* Registry = nullptr; // none outside Windows
+    QString HomeDir;               // --home / CORVANE_HOME; empty for the default
+    QString PlacesFile;            // --places; empty for postcode.gps in StdDirectory
+};
+
+class clsApplication : public QObject
+{
+    Q_OBJECT
+public:
+    explicit clsApplication(const clsPlatform& vcPlatform);
+    ~clsApplication() override;
+
+    // The one application object while it exists; null otherwise.
+    static clsApplication* Instance();
+
+    // ---- Start-up and shut-down: app/clsApplication.cpp ----
+    void Init();
+    // Shows the main window modally; DeInit when it closes.
+    void Start(const std::function<void()>& vShowMainWindow);
+    void DeInit();
+    void Quite();
+    void DelayedQuite();
+    bool IsInitialised() const { return mbInitialised; }
+    bool MainWindowShown() const { return mbMainWindowShown; }
+
+    static QString VersionString();
+    static QString ApplicationName() { return QStringLiteral("Corvane Desktop"); }
+    // Ends with the platform's separator.
+    QString StdDirectory() const;
+    static QString GetDirectoryFromPath(const QString& vsPath);
+    void HandleError(clsError& rcError);
+
+    clsSettings& Settings();
+    clsLogger& Logger();
+    clsStatus& Status() { return mcStatus; }
+    IEventLoop& EventLoop() const { return *mcPlatform.EventLoop; }
+    IUserDialogs& Dialogs() const { return *mcPlatform.Dialogs; }
+    IMainWindow& MainWindow() const { return *mcPlatform.MainWindow; }
+    ISerialPort* Port() const { return mcPlatform.Port; }
+    const clsPlatform& Platform() const { return mcPlatform; }
+    // Where the port search of start-up plugs in; a failure is shown and start-up goes on.
+    void SetPortSearch(std::function<void(clsError&)> vSearch) { mPortSearch = std::move(vSearch); }
+
+    // ---- Device link: link/clsApplicationLink.cpp ----
+    clsHalvexMsg& MessageBrooker();
+    bool SendString(const QByteArray& vcData);
+    void mcCom_OnComm();
+    void SendAndRetry(clsError& rcError, quint8 vbyFunc, const QString& vsArguments);
+    QString GetDallesID(clsError& rcError);
+    bool CommunicationIsRunning() const { return mlRunningCount >= 1; }
+    void SetCommunicationIsRunning(bool vbRunning) { mlRunningCount += vbRunning ? 1 : -1; }
+    void MakeSureLowCurrentDisplay(clsError& rcError);
+    bool CommunicationStopped() const { return mbCommunicationStopped; }
+    void SetCommunicationStopped(bool vbStopped) { mbCommunicationStopped = vbStopped; }
+    QString DisplayId() const { return msDisplayId; }
+    void SetDisplayId(const QString& vsId) { msDisplayId = vsId; }
+    // Applies the port of the settings ("Port" path, else "Com" number) to the serial port.
+    void ApplyPortSettings();
+
+    // ---- Flash download: data/clsApplicationDownload.cpp ----
+    void GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo);
+    void IsPageEmpty(clsError& rcError, qint32 vlPage, bool& rbIsEmpty);
+    void DownloadPages(clsError& rcError);
+    static qint32 GetPercentage(qint32 vlValue, qint32 vlTotal);
+    QString PageFileName(qint32 vlPage) const;
+
+    // ---- Erase and the operating-system check: data/clsApplicationErase.cpp ----
+    void ClearFlash(clsError& rcError, bool vbCheckId);
+    void CheckForOperatingSystem(clsError& rcError);
+    void ClearRitAndPoliceTableInformation();
+    // The user dialogue around ClearFlash, for the window and the command line.
+    void clearDisplay();
+
+    // ---- Record pipeline: data/clsApplicationImport.cpp ----
+    void ImportDataFromDisplay(clsError& rcError);
+    // Steps 3 to 9 of the import on page files already in StdDirectory (the command line's decode).
+    void DecodeAndProcess(clsError& rcError);
+    void DecodeDataFromFiles(clsError& rcError);
+    // The decode step with a geometry given instead of asked of the display.
+    void DecodeDataFromFiles(clsError& rcError, const clsFlashMemInfo& vcInfo);
+    void CleanUpDecodedInformation(clsError& rcError);
+    void CountRecords(clsError& rcError);
+    void CorrectKmInformation(clsError& rcError);
+    void RecalculateKmTellers(qint32 vlAnchor, qint32 vlCorrection, qint32 vlPreviousKm);
+    void ProcessInformation(clsError& rcError);
+    void CaluclateRoutePostcodes(clsError& rcError);
+    void ShowRecords(clsError& rcError);
+    clsRecordCollection& Records() { return *mcRecords; }
+    clsRecordSelection& Selection() { return mcSelection; }
+    clsGpsPlaces& GpsPlaces();
+
+    // ---- Export: export/clsApplicationExport.cpp ----
+    void SaveToDisk(clsError& rcError);
+    QString GetNewFileNameForDatafile(IDataFile& rcDataFile, const QString& vsCurrent);
+    bool DataSaved() const { return mbDataSaved; }
+    void SetDataSaved(bool vbSaved) { mbDataSaved = vbSaved; }
+    bool CheckFileExists(const QString& vsPath) const;
+
+signals:
+    // Raised when the status model changed and was copied to the window.
+    void StatusShown();
+
+private:
+    void mcStatus_StatusChanged();
+    void mcDelayedQuite_Tick();
+    void mcTimer_Tick();
+
+    clsPlatform mcPlatform;
+    std::function<void(clsError&)> mPortSearch;
+    bool mbInitialised = false;
+    bool mbMainWindowShown = false;
+    bool mbAutoDetectionEnabled = false;
+    bool mbCommunicationStopped = false;
+    bool mbIDRequested = false;
+    bool mbStatusBusy = false;
+    bool mbDataSaved = true;
+    qint32 mlRunningCount = 0;
+    QString msDisplayId;
+    clsStatus mcStatus;
+    clsRecordSelection mcSelection;
+    std::unique_ptr<clsSettings> mcSettings;
+    std::unique_ptr<clsLogger> mcLogger;
+    std::unique_ptr<clsHalvexMsg> mcMessage;
+    std::unique_ptr<clsRecordCollection> mcRecords;
+    std::unique_ptr<clsGpsPlaces> mcGpsPlaces;
+    std::unique_ptr<clsDTimer> mcTimer;
+    std::unique_ptr<clsDTimer> mcDelayedQuite;
+};

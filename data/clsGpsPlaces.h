@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+class IUserDialogs;
+
+// One known place of postcode.gps.
+struct clsGpsPlace {
+    QString msPlaatsPostcodeName;
+    qint32 mlLatitude = 0;
+    qint32 mlLongitude = 0;
+};
+
+// The table of known places, loaded once from postcode.gps, answering which
+// place lies nearest to a position when one is near enough.
+class clsGpsPlaces
+{
+public:
+    // Loads vsPath; a missing or unreadable file is reported with message boxes and leaves the table empty.
+    clsGpsPlaces(const QString& vsPath, IUserDialogs* vcDialogs);
+    ~clsGpsPlaces();
+
+    // The place text nearest to the encoded position within the limit; "" when none, " " for a zero coordinate.
+    QString searchPosition(qint32 vlLatitude, qint32 vlLongitude) const;
+    // The number of lines loaded (N); the table has N + 1 slots, the last one empty.
+    qint32 Count() const { return mlCount; }
+
+private:
+    qint32 mlCount = 0;
+    QVector<clsGpsPlace> mcPlaces;
+};

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <QString>
+#include <array>
+
+class clsGpsPlaces;
+
+// One 24-byte record of the display's logbook, with every column the user
+// sees as a text property. Decoding takes raw bytes only, so a saved page is
+// a test fixture.
+class clsHalvexRecord
+{
+public:
+    static constexpr int kSize = 24;
+    using Bytes = std::array<quint8, kSize>;
+
+    // Decodes an array of exactly 24 bytes (vlCount must be 24).
+    void DeCodeData(const quint8* vcData, int vlCount);
+    void DeCodeData(const Bytes& vcData) { DeCodeData(vcData.data(), kSize); }
+
+    quint8 getItemOfArray(int vlIndex) const { return mcData[size_t(vlIndex)]; }
+
+    bool IsValid() const { return mbIsValid; }
+    bool ValidGps() const { return mbValidGps; }
+    bool IsValidKmStand() const { return mbIsValidKmStand; }
+
+    // Kind predicates (byte 17).
+    quint8 RecordType() const { return mcData[17]; }
+    bool isRitRegType() const { return RecordType() == 2; }
+    bool isPoliceCheckRadarType() const { return RecordType() == 3; }
+    bool isPoliceCheckSpotType() const { return RecordType() == 4; }
+    bool isPoliceCheckTcType() const { return RecordType() == 5; }
+    bool isRouteType() const { return RecordType() == 6; }
+    bool isTankStopType() const { return RecordType() == 7; }
+    bool isKmCorrectieType() const { return RecordType() == 8; }
+    bool isDisplayType() const;
+    bool isSaveToFile() const { return isDisplayType(); }
+
+    // 32-bit fields; reading clears a set bit 31 in the stored bytes.
+    qint32 lEndLatitude();
+    qint32 lEndLongitude();
+    qint32 lEndKmTeller();
+    void SetlEndKmTeller(qint32 vlValue);
+
+    qint32 lStartKmTeller() const { return mlStartKmTeller; }
+    void SetlStartKmTeller(qint32 vlValue) { mlStartKmTeller = vlValue; }
+    qint32 RecordNumber() const { return mlRecordNummer; }
+    void SetRecordNumber(qint32 vlValue) { mlRecordNummer = vlValue; }
+    qint32 Ritnummer() const { return mlRitnummer; }
+    void SetRitnummer(qint32 vlValue) { mlRitnummer = vlValue; }
+    QString Route() const { return msRoute; }
+    void SetRoute(const QString& vsRoute) { msRoute = vsRoute; }
+
+    qint32 mlStartLatitude = 0;
+    qint32 mlStartLongitude = 0;
+
+    // Text columns.
+    QString RitNumber() const;
+    QString DateOfTrip() const;
+    QString StartTime() const;
+    QString StopTime() const;
+    QString DriveTime() const;
+    QString sStartKm();
+    QString sEndKm();
+    QString DriveKm();
+    QString Origin(bool vbZipCode);
+    QString Destination(bool vbZipCode);
+    QString TypeOfTrip() const;
+    QString Speed() const;
+    QString TypeOfAlarm() const;
+    QString Description() const;
+    QString Amplitude() const;
+    QString FrequencyBand() const;
+    QString TankBonNummer() const;
+    QString PreviousKM() const;
+    QString correctionKM();
+    QString Direction() const;
+    QString GPSLocation();
+
+    static QString Latitude_to_String(qint16 vlMode, qint32 vlValue);
+    static QString Longitude_to_String(qint16 vlMode, qint32 vlValue);
+
+    void copyToTankstopRecord(clsHalvexRecord& rcSource);
+
+    static QString GetHeaderStringWithDelimiter(const QString& vsDelimiter);
+    QString GetFullStringWithDelimiter(const QString& vsDelimiter, bool vbWithRoute);
+    QString GetFullStringWithDelimiterToFile(const QString& vsDelimiter)
+    {
+        return GetFullStringWithDelimiter(vsDelimiter, true);
+    }
+
+    // The place table that Origin and Destination ask; none means empty place texts.
+    static void UsePlaces(const clsGpsPlaces* vcPlaces);
+
+private:
+    qint32 Read32(int vlOffset);
+
+    Bytes mcData{};
+    bool mbIsValid = false;
+    bool mbValidGps = false;
+    bool mbIsValidKmStand = false;
+    qint32 mlRecordNummer = 0;
+    qint32 mlRitnummer = 0;
+    qint32 mlStartKmTeller = 0;
+    QString msRoute;
+    QString msOriginPlaceCache;
+    QString msDestinationPlaceCache;
+};

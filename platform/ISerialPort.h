@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <functional>
+
+// The serial line to the display, shaped like the serial-port control the
+// program was designed around: open on demand, write a frame, read all that
+// has arrived, and a receive event whenever characters came in.
+class ISerialPort
+{
+public:
+    virtual ~ISerialPort() = default;
+
+    // A port number ("1" is the first port) or a device path.
+    virtual void SetCommPort(const QString& vsPort) = 0;
+    virtual QString CommPort() const = 0;
+    virtual bool PortOpen() const = 0;
+    // Opens or closes; false when the port could not be opened.
+    virtual bool SetPortOpen(bool vbOpen) = 0;
+    // Writes all bytes; false when the port is closed or the write failed.
+    virtual bool Output(const QByteArray& vcData) = 0;
+    // Everything received and not read yet.
+    virtual QByteArray Input() = 0;
+
+    // The receive event: called whenever characters have arrived.
+    void SetOnComm(std::function<void()> vHandler) { mOnComm = std::move(vHandler); }
+
+protected:
+    void RaiseOnComm()
+    {
+        if (mOnComm)
+            mOnComm();
+    }
+
+private:
+    std::function<void()> mOnComm;
+};

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/IMainWindow.h"
+
+#include <QMap>
+#include <QStringList>
+
+// Records what the core asks of the main window.
+class FakeProgressBar : public IProgressBar
+{
+public:
+    bool Visible() const override { return visible; }
+    void SetVisible(bool vbVisible) override { visible = vbVisible; ++writes; }
+    int Min() const override { return min; }
+    void SetMin(int vlMin) override { min = vlMin; ++writes; }
+    int Max() const override { return max; }
+    void SetMax(int vlMax) override { max = vlMax; ++writes; }
+    int Value() const override { return value; }
+    void SetValue(int vlValue) override { value = vlValue; ++writes; }
+
+    bool visible = false;
+    int min = 0;
+    int max = 100;
+    int value = 0;
+    int writes = 0;
+};
+
+class FakeMainWindow : public IMainWindow
+{
+public:
+    void SetStatusLine(const QString& vsText) override { statusLines << vsText; }
+    IProgressBar& ProgressBar(Bar vBar) override { return bars[int(vBar)]; }
+    void EnableButtons(bool vbEnabled) override { calls << QStringLiteral("EnableButtons(%1)").arg(vbEnabled); }
+    void EnableMenu(bool vbEnabled) override { calls << QStringLiteral("EnableMenu(%1)").arg(vbEnabled); }
+    void ClearGrid() override { calls << QStringLiteral("ClearGrid"); gridRows.clear(); }
+    void AddGridRow(const QString& vsTabbedRow) override { gridRows << vsTabbedRow; }
+    void ResetGrid() override { calls << QStringLiteral("ResetGrid"); gridRows.clear(); }
+    void AutoSizeTheColumns() override { calls << QStringLiteral("AutoSizeTheColumns"); }
+    QString UploadFileText(int vlIndex) const override { return uploadFiles.value(vlIndex); }
+    void SetUploadFileText(int vlIndex, const QString& vsFileName) override { uploadFiles[vlIndex] = vsFileName; }
+    void SetMdWarningHighlighted(bool vbHighlighted) override
+    {
+        calls << QStringLiteral("MdWarning(%1)").arg(vbHighlighted);
+    }
+    void GiveUpWork() override { calls << QStringLiteral("GiveUpWork"); }
+
+    // The status text without the padding and the secondary text.
+    QString LastStatus() const { return statusLines.isEmpty() ? QString() : statusLines.last().left(90).trimmed(); }
+
+    QStringList statusLines;
+    QStringList calls;
+    QStringList gridRows;
+    QMap<int, QString> uploadFiles;
+    FakeProgressBar bars[3];
+};

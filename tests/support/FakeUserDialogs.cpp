@@ -1,0 +1,27 @@
+#include "FakeUserDialogs.h"
+
+#include <QTest>
+
+MsgResult FakeUserDialogs::MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle)
+{
+    MsgResult lcAnswer = MsgResult::OK;
+    if (!answers.isEmpty())
+        lcAnswer = answers.dequeue();
+    else if (vButtons != MsgButtons::OK)
+        QTest::qFail(qPrintable(QStringLiteral("unscripted question: ") + vsText), __FILE__, __LINE__);
+    boxes.append(Box{vsText, vsTitle, vButtons, vIcon, lcAnswer});
+    return lcAnswer;
+}
+
+QString FakeUserDialogs::ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir)
+{
+    dialogFilters << vsFilter;
+    dialogInitialNames << vsFileName;
+    dialogInitDirs << vsInitDir;
+    return fileNames.isEmpty() ? QString() : fileNames.dequeue();
+}
+
+QString FakeUserDialogs::ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir)
+{
+    return ShowSave(vsFilter, vsFileName, vsInitDir);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/IUserDialogs.h"
+
+#include <QList>
+#include <QQueue>
+#include <QString>
+
+// Answers message boxes and file dialogs from a script and records every box.
+class FakeUserDialogs : public IUserDialogs
+{
+public:
+    struct Box {
+        QString text;
+        QString title;
+        MsgButtons buttons;
+        MsgIcon icon;
+        MsgResult answer;
+    };
+
+    MsgResult MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle) override;
+    QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+    QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+
+    // Answers in order; with the queue empty, OK-only boxes answer OK and any other box fails the test.
+    QQueue<MsgResult> answers;
+    // File names the dialogs return in order; empty queue means cancel.
+    QQueue<QString> fileNames;
+    QList<Box> boxes;
+    QStringList dialogFilters;
+    QStringList dialogInitialNames;
+    QStringList dialogInitDirs;
+};
