@@ -109,8 +109,9 @@ public:
 
     // ---- Record pipeline: data/clsApplicationImport.cpp ----
     void ImportDataFromDisplay(clsError& rcError);
-    // Steps 3 to 9 of the import on page files already in StdDirectory (the command line's decode).
-    void DecodeAndProcess(clsError& rcError);
+    // The import's decoding and processing on page files already in StdDirectory, with the
+    // geometry given instead of asked of the display (the command line's decode).
+    void DecodeAndProcess(clsError& rcError, const clsFlashMemInfo& vcInfo);
     void DecodeDataFromFiles(clsError& rcError);
     // The decode step with a geometry given instead of asked of the display.
     void DecodeDataFromFiles(clsError& rcError, const clsFlashMemInfo& vcInfo);
