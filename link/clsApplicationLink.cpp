@@ -26,6 +26,7 @@ void clsApplication::ApplyPortSettings()
     const QString lsPort = mcSettings->PortPath().isEmpty() ? QString::number(mcSettings->comPort())
                                                             : mcSettings->PortPath();
     lcPort->SetOnComm([this]() { mcCom_OnComm(); });
+    lcPort->SetOnError([this](const QString& vsText) { Logger().AddErrorToLog(vsText); });
     if (lcPort->CommPort() == lsPort)
         return;
     if (lcPort->PortOpen())
