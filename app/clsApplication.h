@@ -145,6 +145,11 @@ private:
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
 
+    // Flash download: one page into its page file.
+    void DownloadPage(clsError& rcError, qint32 vlPage, qint32 vlPageSize, qint32 vlMaxData);
+    // Erase: the memory map and the page loop of ClearFlash.
+    void ErasePages(clsError& rcError);
+
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
