@@ -6,12 +6,15 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace {
 // The initial best distance of the scan: a full circle of longitude, squared.
 constexpr double kFarAway = 46656000000000000.0;
+constexpr qint64 kInt32Max = std::numeric_limits<qint32>::max();
+constexpr qint64 kInt32Min = std::numeric_limits<qint32>::min();
 
 // The leading number of a text, leniently: blanks are skipped, anything that
 // is not a number gives 0, a fraction or exponent is allowed.
@@ -168,12 +171,21 @@ QString clsGpsPlaces::searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude
         return QString();
     double ldBest = kFarAway;
     size_t llBest = 0;
-    for (size_t i = 0; i <= size_t(mlCount); ++i) {
-        const qint64 llLat = qint64(vlLatitude) - mcLatitudes[i];
-        const qint64 llLon = qint64(vlLongitude) - mcLongitudes[i];
-        if (llLat != qint32(llLat) || llLon != qint32(llLon))
-            Err::Raise(VbError::Overflow);
-        const double d = double(llLat) * double(llLat) + double(llLon) * double(llLon);
+    const size_t llSlots = size_t(mlCount) + 1;
+    const qint32* lcLatitudes = mcLatitudes.data();
+    const qint32* lcLongitudes = mcLongitudes.data();
+    // Some slot's 32-bit difference overflows exactly when one of the table's extremes does.
+    const auto lcLat = std::minmax_element(lcLatitudes, lcLatitudes + llSlots);
+    const auto lcLon = std::minmax_element(lcLongitudes, lcLongitudes + llSlots);
+    if (qint64(vlLatitude) - *lcLat.first > kInt32Max || qint64(vlLatitude) - *lcLat.second < kInt32Min
+        || qint64(vlLongitude) - *lcLon.first > kInt32Max || qint64(vlLongitude) - *lcLon.second < kInt32Min)
+        Err::Raise(VbError::Overflow);
+    const double ldLatitude = vlLatitude;
+    const double ldLongitude = vlLongitude;
+    for (size_t i = 0; i < llSlots; ++i) {
+        const double ldLat = ldLatitude - lcLatitudes[i];
+        const double ldLon = ldLongitude - lcLongitudes[i];
+        const double d = ldLat * ldLat + ldLon * ldLon;
         if (d < ldBest) {
             ldBest = d;
             llBest = i;
