@@ -3,6 +3,7 @@
 
 #include "app/clsApplication.h"
 
+#include "app/clsLogger.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/ISerialPort.h"
@@ -24,6 +25,7 @@ void clsApplication::ApplyPortSettings()
     const QString lsPort = mcSettings->PortPath().isEmpty() ? QString::number(mcSettings->comPort())
                                                             : mcSettings->PortPath();
     lcPort->SetOnComm([this]() { mcCom_OnComm(); });
+    lcPort->SetOnError([this](const QString& vsText) { Logger().AddErrorToLog(vsText); });
     if (lcPort->CommPort() == lsPort)
         return;
     if (lcPort->PortOpen())

@@ -25,6 +25,8 @@ public:
 
     // The receive event: called whenever characters have arrived.
     void SetOnComm(std::function<void()> vHandler) { mOnComm = std::move(vHandler); }
+    // Where a port reports trouble the user should find in the log (a port that vanished).
+    void SetOnError(std::function<void(const QString&)> vHandler) { mOnError = std::move(vHandler); }
 
 protected:
     void RaiseOnComm()
@@ -32,7 +34,13 @@ protected:
         if (mOnComm)
             mOnComm();
     }
+    void RaiseOnError(const QString& vsText)
+    {
+        if (mOnError)
+            mOnError(vsText);
+    }
 
 private:
     std::function<void()> mOnComm;
+    std::function<void(const QString&)> mOnError;
 };

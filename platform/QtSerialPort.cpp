@@ -1,0 +1,95 @@
+#include "platform/QtSerialPort.h"
+
+QtSerialPort::QtSerialPort(QObject* vcParent)
+    : QObject(vcParent)
+{
+    connect(&mcPort, &QSerialPort::readyRead, this, [this]() { RaiseOnComm(); });
+    connect(&mcPort, &QSerialPort::errorOccurred, this, &QtSerialPort::mcPort_ErrorOccurred);
+}
+
+QtSerialPort::~QtSerialPort() = default;
+
+QString QtSerialPort::DeviceName(const QString& vsPort)
+{
+    bool lbNumber = false;
+    const int llNumber = vsPort.trimmed().toInt(&lbNumber);
+    if (!lbNumber || llNumber < 1)
+        return vsPort;
+#ifdef Q_OS_WIN
+    return QStringLiteral("COM%1").arg(llNumber);
+#else
+    return QStringLiteral("/dev/ttyS%1").arg(llNumber - 1);
+#endif
+}
+
+void QtSerialPort::SetCommPort(const QString& vsPort)
+{
+    if (mcPort.isOpen())
+        mcPort.close();
+    msPort = vsPort;
+    mbFailureReported = false;
+}
+
+bool QtSerialPort::PortOpen() const
+{
+    return mcPort.isOpen();
+}
+
+bool QtSerialPort::SetPortOpen(bool vbOpen)
+{
+    if (!vbOpen) {
+        if (mcPort.isOpen())
+            mcPort.close();
+        return true;
+    }
+    if (mcPort.isOpen())
+        return true;
+    mcPort.setPortName(DeviceName(msPort));
+    mcPort.setBaudRate(kBaudRate);
+    mcPort.setDataBits(QSerialPort::Data8);
+    mcPort.setParity(QSerialPort::NoParity);
+    mcPort.setStopBits(QSerialPort::OneStop);
+    mcPort.setFlowControl(QSerialPort::NoFlowControl);
+    if (!mcPort.open(QIODevice::ReadWrite)) {
+        ReportError(QStringLiteral("Unable to open serial port %1: %2").arg(mcPort.portName(), mcPort.errorString()));
+        return false;
+    }
+    mbFailureReported = false;
+    return true;
+}
+
+bool QtSerialPort::Output(const QByteArray& vcData)
+{
+    if (!mcPort.isOpen())
+        return false;
+    return mcPort.write(vcData) == vcData.size();
+}
+
+QByteArray QtSerialPort::Input()
+{
+    if (!mcPort.isOpen())
+        return {};
+    return mcPort.readAll();
+}
+
+// Only a vanished device closes the port; time-outs and framing trouble are the
+// protocol's business and show up as retries.
+void QtSerialPort::mcPort_ErrorOccurred(QSerialPort::SerialPortError veError)
+{
+    if (veError != QSerialPort::ResourceError)
+        return;
+    const QString lsText = mcPort.errorString();
+    // Closing from inside the port's own signal is safe for QSerialPort, and it
+    // stops the stream of further errors a dead descriptor would raise.
+    if (mcPort.isOpen())
+        mcPort.close();
+    ReportError(QStringLiteral("Serial port %1 lost: %2").arg(mcPort.portName(), lsText));
+}
+
+void QtSerialPort::ReportError(const QString& vsText)
+{
+    if (mbFailureReported)
+        return;
+    mbFailureReported = true;
+    RaiseOnError(vsText);
+}
