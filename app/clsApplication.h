@@ -107,7 +107,8 @@ public:
     void ClearFlash(clsError& rcError, bool vbCheckId);
     void CheckForOperatingSystem(clsError& rcError);
     void ClearRitAndPoliceTableInformation();
-    // The user dialogue around ClearFlash, for the window and the command line.
+    // The user dialogue around ClearFlash, for the window and the command line:
+    // data/clsApplicationClearDisplay.cpp.
     void clearDisplay();
 
     // ---- Record pipeline: data/clsApplicationImport.cpp ----
