@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -56,6 +57,14 @@ bool clsPtyTransport::SetLink(const QString& vsPath, QString& rsError)
     }
     msLinkPath = vsPath;
     return true;
+}
+
+int clsPtyTransport::Unread() const
+{
+    int llCount = 0;
+    if (mlSlave < 0 || ioctl(mlSlave, FIONREAD, &llCount) != 0)
+        return 0;
+    return llCount;
 }
 
 void clsPtyTransport::Close()

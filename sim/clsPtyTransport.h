@@ -33,7 +33,10 @@ public:
     void Write(const QByteArray& vcData);
     // True while paced output is still on its way.
     bool Busy() const { return !mcQueue.isEmpty(); }
+    // Bytes on their way to the program that it has not read yet.
+    int Unread() const;
     // Closes both sides and removes the link; the program's port loses its device.
+    // Closing drops what the program has not read yet.
     void Close();
 
 signals:

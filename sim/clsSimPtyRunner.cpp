@@ -118,10 +118,19 @@ void clsSimPtyRunner::Log(const char* vsDirection, const QByteArray& vcBytes)
     mcLog->flush();
 }
 
+// The last answer must reach the program before the line goes dead: a closing
+// pty throws away what its other side has not read, and the kernel hands
+// written bytes to the other side a moment later, so the count of unread
+// bytes is only looked at after a first pause.
 void clsSimPtyRunner::Unplug()
 {
     if (!mcPty.IsOpen())
         return;
+    if ((mlUnplugWaits == 0 || mcPty.Unread() > 0) && mlUnplugWaits < 200) {
+        ++mlUnplugWaits;
+        QTimer::singleShot(mlUnplugWaits == 1 ? 20 : 5, this, &clsSimPtyRunner::Unplug);
+        return;
+    }
     if (mcLog)
         mcLog->write("cable pulled\n");
     mcPty.Close();

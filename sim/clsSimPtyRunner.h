@@ -48,5 +48,6 @@ private:
     qint64 mlDeafUntilMs = 0;
     int mlUnplugAfter = 0;
     int mlRepliesPending = 0;
+    int mlUnplugWaits = 0;
     bool mbUnplugging = false;
 };
