@@ -9,6 +9,7 @@
 #include "link/clsHalvexMsg.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
+#include "sim/clsSimSamples.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -101,6 +102,7 @@ class tst_SimE2E : public QObject
 private slots:
     void ReadsIdMemoryInfoAndAPageOfTheImage();
     void PulledCableEndsInTheRetryDialogue();
+    void FirmwareLinesReachTheBootloaderAndTheDisplayComesBack();
 };
 
 void tst_SimE2E::ReadsIdMemoryInfoAndAPageOfTheImage()
@@ -210,6 +212,55 @@ void tst_SimE2E::PulledCableEndsInTheRetryDialogue()
     QVERIFY2(lcLines[0].endsWith(QStringLiteral(" in  00 00 66 01 07 ce ae")), qPrintable(lcLines[0]));
     QVERIFY2(lcLines[5].contains(QStringLiteral(" out 00 00 01 66 08 38 02 ")), qPrintable(lcLines[5]));
     QCOMPARE(lcLines[6], QStringLiteral("cable pulled"));
+}
+
+void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
+{
+    QTemporaryDir lcDir;
+    const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
+    QProcess lcSim;
+    QVERIFY(!StartSimulator(lcSim, {"--link", lsLink, "--fault", "nak-lines=2"}).isEmpty());
+
+    clsPtyApp lcHost;
+    lcHost.app->Settings().SetPortPath(lsLink);
+    lcHost.app->ApplyPortSettings();
+    clsHalvexMsg& lcMsg = lcHost.app->MessageBrooker();
+    qint32 llTimeout = 1000;
+    QVERIFY(lcMsg.SendAndWait(0xD9, QString(), llTimeout));
+    QCOMPARE(lcMsg.ReceiveArguments(0), quint8(1));
+
+    // The raw stream: the host reads the port itself, line by line, as the firmware upload does.
+    lcMsg.StopComSending();
+    lcHost.port.SetOnComm({});
+    QStringList lcAnswers;
+    const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
+    for (int i = 1; i < lcLines.size(); ++i) {
+        const QByteArray lcLine = lcLines[i].trimmed();
+        if (lcLine.isEmpty())
+            continue;
+        for (;;) {
+            QVERIFY(lcHost.port.Output(QByteArray::fromHex(lcLine)));
+            QByteArray lcReply;
+            const quint32 llDeadline = lcHost.loop.timeGetTime() + 2000;
+            while (lcReply.size() <= 3 && qint32(llDeadline - lcHost.loop.timeGetTime()) > 0) {
+                lcHost.loop.WaitForEvents(llDeadline);
+                lcReply += lcHost.port.Input();
+            }
+            lcAnswers << QString::fromLatin1(lcReply).trimmed();
+            if (!lcReply.startsWith("NAK"))
+                break;
+        }
+    }
+    QCOMPARE(lcAnswers, QStringList({"NAK", "NAK", "OK", "OK", "OK", "OK", "ACK", "REB"}));
+
+    // Restarted: frames again.
+    lcHost.app->ApplyPortSettings();
+    lcMsg.StartComSending();
+    clsError lcError;
+    QVERIFY(!lcHost.app->GetDallesID(lcError).isEmpty());
+    QVERIFY(!lcError.IsError());
+    lcSim.terminate();
+    QVERIFY(lcSim.waitForFinished(3000));
 }
 
 QTEST_GUILESS_MAIN(tst_SimE2E)
