@@ -138,15 +138,13 @@ bool SaveFlash(const QString& vsPath, const clsSimDisplay& rcDisplay, QString& r
 
 bool Generate(clsSimDisplay& rcDisplay, quint32 vlSeed, int vlDays, QString& rsError)
 {
-    const QVector<clsSimPlace> lcPlaces = clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), rsError);
-    if (lcPlaces.isEmpty())
-        return false;
-    const QVector<clsSimRecordFields> lcRecords = clsSimDataGenerator(lcPlaces).Generate(vlSeed, vlDays);
     QByteArray lcFlash = rcDisplay.Flash();
-    const int llWritten = clsSimDataGenerator::WriteLog(lcFlash, lcRecords, rcDisplay.FirstPage(), rcDisplay.LastPage(),
-                                                        rcDisplay.SizeOnePage());
+    const int llWritten = clsSimDataGenerator::FillLog(lcFlash, rcDisplay.FirstPage(), rcDisplay.LastPage(),
+                                                       rcDisplay.SizeOnePage(), vlSeed, vlDays, rsError);
+    if (llWritten < 0)
+        return false;
     rcDisplay.SetFlash(lcFlash);
-    std::fprintf(stderr, "corvane-display-sim: %d of %d generated records written\n", llWritten, int(lcRecords.size()));
+    std::fprintf(stderr, "corvane-display-sim: %d generated records written\n", llWritten);
     return true;
 }
 
