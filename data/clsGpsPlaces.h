@@ -1,7 +1,9 @@
 #pragma once
 
+#include "data/clsPlaceIndex.h"
+
 #include <QString>
-#include <QVector>
+#include <vector>
 
 class IUserDialogs;
 
@@ -23,10 +25,20 @@ public:
 
     // The place text nearest to the encoded position within the limit; "" when none, " " for a zero coordinate.
     QString searchPosition(qint32 vlLatitude, qint32 vlLongitude) const;
+    // The same answer by comparing every slot, the way the table has always been searched;
+    // the reference the index is measured against.
+    QString searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude) const;
     // The number of lines loaded (N); the table has N + 1 slots, the last one empty.
     qint32 Count() const { return mlCount; }
+    clsGpsPlace Place(qint32 vlSlot) const;
 
 private:
+    void Load(const QString& vsPath);
+
     qint32 mlCount = 0;
-    QVector<clsGpsPlace> mcPlaces;
+    // Slots 0 to N; slot N stays at (0, 0) with an empty text.
+    std::vector<qint32> mcLatitudes;
+    std::vector<qint32> mcLongitudes;
+    std::vector<QString> mcNames;
+    clsPlaceIndex mcIndex;
 };

@@ -94,6 +94,31 @@ public:
 
 private:
     qint32 Read32(int vlOffset);
+    bool IsType(int vlLow, int vlHigh) const { return RecordType() >= vlLow && RecordType() <= vlHigh; }
+    bool HasKmCounter() const { return isRitRegType() || IsType(6, 8); }
+    bool EndKmIsBlank() const;
+    QString Place(QString& rsCache, qint32 vlLatitude, qint32 vlLongitude) const;
+
+    // Each column writes itself into a line being built, so a line of 21
+    // columns costs one string instead of one per column.
+    void AppendDateOfTrip(QString& rsOut) const;
+    void AppendStartTime(QString& rsOut) const;
+    void AppendStopTime(QString& rsOut) const;
+    void AppendDriveTime(QString& rsOut) const;
+    void AppendStartKm(QString& rsOut);
+    void AppendEndKm(QString& rsOut);
+    void AppendDriveKm(QString& rsOut);
+    void AppendOrigin(QString& rsOut, bool vbZipCode);
+    void AppendDestination(QString& rsOut, bool vbZipCode);
+    void AppendTypeOfTrip(QString& rsOut) const;
+    void AppendSpeed(QString& rsOut) const;
+    void AppendTypeOfAlarm(QString& rsOut) const;
+    void AppendAmplitude(QString& rsOut) const;
+    void AppendFrequencyBand(QString& rsOut) const;
+    void AppendTankBonNummer(QString& rsOut) const;
+    void AppendDirection(QString& rsOut) const;
+    static void AppendLatitude(QString& rsOut, qint16 vlMode, qint32 vlValue);
+    static void AppendLongitude(QString& rsOut, qint16 vlMode, qint32 vlValue);
 
     Bytes mcData{};
     bool mbIsValid = false;
