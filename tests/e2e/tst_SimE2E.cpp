@@ -2,8 +2,8 @@
 // the production serial port and Qt's event loop: a conversation that reads
 // flash the test wrote, and a cable pulled in the middle of one.
 
-#include "support/FakeMainWindow.h"
-#include "support/FakeUserDialogs.h"
+#include "FakeMainWindow.h"
+#include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
