@@ -29,7 +29,7 @@ public:
     struct Reply {
         QByteArray bytes;
         quint32 delayMs = 0; // beyond the wire time
-        bool deaf = false;   // the display is busy and hears nothing until this reply is out
+        bool late = false;   // the display is busy and hears nothing until this reply is out
     };
     struct Request {
         quint8 func = 0;

@@ -75,7 +75,7 @@ bool clsSimSerialPort::Output(const QByteArray& vcData)
         const quint64 llStart = qMax(llArrived + quint64(lcReply.delayMs) * 1000, mlToHostFreeUs);
         const quint64 llDone = llStart + WireTimeUs(lcReply.bytes.size());
         mlToHostFreeUs = llDone;
-        if (lcReply.deaf)
+        if (lcReply.late)
             mlDeafUntilUs = llStart;
         // rounded up: a reply never arrives before its last byte could have
         const quint32 llDelayMs = quint32((llDone - llNow + 999) / 1000);
