@@ -2,7 +2,7 @@
 // reach the file, the exact line layout, the replace question, and that a
 // save that fails never costs the user an earlier export.
 
-#include "TestApp.h"
+#include "support/TestApp.h"
 #include "app/clsSettings.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
