@@ -128,7 +128,7 @@ void clsSimPtyRunner::Unplug()
         return;
     if ((mlUnplugWaits == 0 || mcPty.Unread() > 0) && mlUnplugWaits < 200) {
         ++mlUnplugWaits;
-        QTimer::singleShot(mlUnplugWaits == 1 ? 20 : 5, this, &clsSimPtyRunner::Unplug);
+        QTimer::singleShot(mlUnplugWaits == 1 ? 50 : 5, this, &clsSimPtyRunner::Unplug);
         return;
     }
     if (mcLog)

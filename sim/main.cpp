@@ -148,25 +148,25 @@ bool Generate(clsSimDisplay& rcDisplay, quint32 vlSeed, int vlDays, QString& rsE
     return true;
 }
 
-} // namespace
+struct clsSimSettings {
+    int First = 0;
+    int Last = 63;
+    int Log2 = 12;
+    int MaxData = 120;
+    int Seed = 1;
+    int Days = 30;
+    int Baud = 57600;
+    int UnplugAfter = 0;
+};
 
-int main(int argc, char** argv)
+void AddOptions(QCommandLineParser& rcParser)
 {
-    QCoreApplication lcApp(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane-display-sim"));
-    QCoreApplication::setApplicationVersion(
-        QStringLiteral("%1.%2.%3").arg(CORVANE_VERSION_MAJOR).arg(CORVANE_VERSION_MINOR).arg(CORVANE_VERSION_REVISION));
-
-    QCommandLineParser lcParser;
-    lcParser.setApplicationDescription(QStringLiteral(
+    rcParser.setApplicationDescription(QStringLiteral(
         "A KVT Memory Display in software. Opens a pseudo-terminal, prints the path of its slave side\n"
         "on standard output and answers the program on it like a display on a 57600 bit/s serial line.\n"
         "Point the program at the printed path (or at --link PATH). Stops on Ctrl+C (SIGINT) or SIGTERM."));
-    // Help is printed by hand: the fault list reads better unwrapped, after the options.
-    const QCommandLineOption lcHelp({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    lcParser.addOption(lcHelp);
-    lcParser.addVersionOption();
-    lcParser.addOptions({
+    rcParser.addVersionOption();
+    rcParser.addOptions({
         {QStringLiteral("link"), QStringLiteral("Keep a symbolic link to the pty's slave at <path>, removed on exit."),
          QStringLiteral("path")},
         {QStringLiteral("baud"), QStringLiteral("Pace the display's output at <rate> bit/s, ten bits a byte (default 57600)."),
@@ -203,88 +203,131 @@ int main(int argc, char** argv)
         {QStringLiteral("log"), QStringLiteral("Write one line per frame in and out (time, direction, hex bytes) to <file>."),
          QStringLiteral("file")},
     });
-    lcParser.process(lcApp);
-    if (lcParser.isSet(lcHelp)) {
-        std::printf("%s\nFaults (--fault name=value):\n%s%s", qPrintable(lcParser.helpText()),
-                    "nak-lines=N       answer NAK to the first N good firmware lines\n"
-                    "silent-start=1    restart on the start command 4853 without answering REB\n"
-                    "silent-after=N    answer nothing after N requests (silent-from=N+1)\n",
-                    qPrintable(clsSimFaults::Help()));
-        return 0;
-    }
+}
 
-    if (lcParser.isSet(QStringLiteral("write-samples"))) {
-        QString lsError;
-        const QStringList lcFiles = clsSimSamples::Write(lcParser.value(QStringLiteral("write-samples")), lsError);
-        for (const QString& lsFile : lcFiles)
-            std::printf("%s\n", qPrintable(lsFile));
-        return lsError.isEmpty() ? 0 : Fail(lsError);
-    }
+void PrintHelp(const QCommandLineParser& vcParser)
+{
+    std::printf("%s\nFaults (--fault name=value):\n%s%s", qPrintable(vcParser.helpText()),
+                "nak-lines=N       answer NAK to the first N good firmware lines\n"
+                "silent-start=1    restart on the start command 4853 without answering REB\n"
+                "silent-after=N    answer nothing after N requests (silent-from=N+1)\n",
+                qPrintable(clsSimFaults::Help()));
+}
 
-    QString lsError;
-    int llFirst = 0, llLast = 63, llLog2 = 12, llMaxData = 120, llSeed = 1, llDays = 30, llBaud = 57600, llUnplug = 0;
-    if (!ReadNumber(lcParser, QStringLiteral("first-page"), 0, 255, llFirst, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("last-page"), 0, 255, llLast, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("page-size-log2"), 5, 16, llLog2, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("max-data"), 1, 251, llMaxData, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("seed"), 0, 0x7FFFFFFF, llSeed, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("days"), 1, 100000, llDays, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("baud"), 1, 4000000, llBaud, lsError) ||
-        !ReadNumber(lcParser, QStringLiteral("unplug-after"), 1, 0x7FFFFFFF, llUnplug, lsError))
-        return Fail(lsError);
-    if (llMaxData > kSafeMaxData)
+bool ReadSettings(const QCommandLineParser& vcParser, clsSimSettings& rcSettings, QString& rsError)
+{
+    if (!ReadNumber(vcParser, QStringLiteral("first-page"), 0, 255, rcSettings.First, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("last-page"), 0, 255, rcSettings.Last, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("page-size-log2"), 5, 16, rcSettings.Log2, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("max-data"), 1, 251, rcSettings.MaxData, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("seed"), 0, 0x7FFFFFFF, rcSettings.Seed, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("days"), 1, 100000, rcSettings.Days, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("baud"), 1, 4000000, rcSettings.Baud, rsError) ||
+        !ReadNumber(vcParser, QStringLiteral("unplug-after"), 1, 0x7FFFFFFF, rcSettings.UnplugAfter, rsError))
+        return false;
+    if (rcSettings.Last < rcSettings.First) {
+        rsError = QStringLiteral("--last-page %1 lies before --first-page %2").arg(rcSettings.Last).arg(rcSettings.First);
+        return false;
+    }
+    if (rcSettings.MaxData > kSafeMaxData)
         std::fprintf(stderr, "corvane-display-sim: with --max-data above %d a read of many zero bytes overflows a frame\n",
                      kSafeMaxData);
-    if (llLast < llFirst)
-        return Fail(QStringLiteral("--last-page %1 lies before --first-page %2").arg(llLast).arg(llFirst));
+    return true;
+}
 
-    clsSimDisplay lcDisplay;
-    lcDisplay.SetGeometry(llFirst, llLast, llLog2, llMaxData);
-    if (lcParser.isSet(QStringLiteral("id"))) {
+// Geometry, identity and flash content.
+bool PrepareDisplay(const QCommandLineParser& vcParser, const clsSimSettings& vcSettings, clsSimDisplay& rcDisplay,
+                    QString& rsError)
+{
+    rcDisplay.SetGeometry(vcSettings.First, vcSettings.Last, vcSettings.Log2, vcSettings.MaxData);
+    if (vcParser.isSet(QStringLiteral("id"))) {
         QByteArray lcId;
-        if (!ReadId(lcParser.value(QStringLiteral("id")), lcId))
-            return Fail(QStringLiteral("--id %1: expected eight bytes as 1.2.3.4.5.6.7.8 or 16 hex digits")
-                            .arg(lcParser.value(QStringLiteral("id"))));
-        lcDisplay.SetId(lcId);
+        if (!ReadId(vcParser.value(QStringLiteral("id")), lcId)) {
+            rsError = QStringLiteral("--id %1: expected eight bytes as 1.2.3.4.5.6.7.8 or 16 hex digits")
+                          .arg(vcParser.value(QStringLiteral("id")));
+            return false;
+        }
+        rcDisplay.SetId(lcId);
     }
-    if (lcParser.isSet(QStringLiteral("flash")) && !LoadFlash(lcParser.value(QStringLiteral("flash")), lcDisplay, lsError))
-        return Fail(lsError);
-    if (lcParser.isSet(QStringLiteral("generate")) && !Generate(lcDisplay, quint32(llSeed), llDays, lsError))
-        return Fail(lsError);
+    if (vcParser.isSet(QStringLiteral("flash")) && !LoadFlash(vcParser.value(QStringLiteral("flash")), rcDisplay, rsError))
+        return false;
+    return !vcParser.isSet(QStringLiteral("generate")) ||
+           Generate(rcDisplay, quint32(vcSettings.Seed), vcSettings.Days, rsError);
+}
 
-    clsSimPtyRunner lcRunner(lcDisplay);
-    clsSimFaults lcFaults = lcDisplay.Faults();
-    for (const QString& lsFault : lcParser.values(QStringLiteral("fault")))
+// Puts the display on a pty and answers until a signal or the pulled cable ends it.
+int Serve(QCoreApplication& rcApp, const QCommandLineParser& vcParser, const clsSimSettings& vcSettings,
+          clsSimDisplay& rcDisplay)
+{
+    QString lsError;
+    clsSimPtyRunner lcRunner(rcDisplay);
+    clsSimFaults lcFaults = rcDisplay.Faults();
+    for (const QString& lsFault : vcParser.values(QStringLiteral("fault")))
         if (!ApplyFault(lsFault, lcFaults, lcRunner.Bootloader(), lsError))
             return Fail(lsError);
-    lcDisplay.SetFaults(lcFaults);
-    lcRunner.SetUnplugAfter(llUnplug);
-    if (lcParser.isSet(QStringLiteral("log")) && !lcRunner.SetLogFile(lcParser.value(QStringLiteral("log")), lsError))
+    rcDisplay.SetFaults(lcFaults);
+    lcRunner.SetUnplugAfter(vcSettings.UnplugAfter);
+    if (vcParser.isSet(QStringLiteral("log")) && !lcRunner.SetLogFile(vcParser.value(QStringLiteral("log")), lsError))
         return Fail(lsError);
 
     clsPtyTransport& lcPty = lcRunner.Transport();
-    lcPty.SetBaudRate(lcParser.isSet(QStringLiteral("no-pacing")) ? 0 : llBaud);
+    lcPty.SetBaudRate(vcParser.isSet(QStringLiteral("no-pacing")) ? 0 : vcSettings.Baud);
     if (!lcPty.Open(lsError))
         return Fail(lsError);
-    if (lcParser.isSet(QStringLiteral("link")) && !lcPty.SetLink(lcParser.value(QStringLiteral("link")), lsError))
+    if (vcParser.isSet(QStringLiteral("link")) && !lcPty.SetLink(vcParser.value(QStringLiteral("link")), lsError))
         return Fail(lsError);
 
     // Signals reach the event loop through a socket pair, the one thing a handler may safely touch.
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, gaSignalPipe) != 0)
         return Fail(QStringLiteral("socketpair failed"));
     QSocketNotifier lcSignals(gaSignalPipe[0], QSocketNotifier::Read);
-    QObject::connect(&lcSignals, &QSocketNotifier::activated, &lcApp, &QCoreApplication::quit);
+    QObject::connect(&lcSignals, &QSocketNotifier::activated, &rcApp, &QCoreApplication::quit);
     std::signal(SIGINT, OnSignal);
     std::signal(SIGTERM, OnSignal);
-    QObject::connect(&lcRunner, &clsSimPtyRunner::Unplugged, &lcApp, &QCoreApplication::quit);
+    QObject::connect(&lcRunner, &clsSimPtyRunner::Unplugged, &rcApp, &QCoreApplication::quit);
 
     std::printf("%s\n", qPrintable(lcPty.SlavePath()));
     std::fflush(stdout);
-    lcApp.exec();
+    rcApp.exec();
 
     lcPty.Close();
-    if (lcParser.isSet(QStringLiteral("save-flash")) &&
-        !SaveFlash(lcParser.value(QStringLiteral("save-flash")), lcDisplay, lsError))
+    if (vcParser.isSet(QStringLiteral("save-flash")) &&
+        !SaveFlash(vcParser.value(QStringLiteral("save-flash")), rcDisplay, lsError))
         return Fail(lsError);
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication lcApp(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("corvane-display-sim"));
+    QCoreApplication::setApplicationVersion(
+        QStringLiteral("%1.%2.%3").arg(CORVANE_VERSION_MAJOR).arg(CORVANE_VERSION_MINOR).arg(CORVANE_VERSION_REVISION));
+
+    QCommandLineParser lcParser;
+    // Help is printed by hand: the fault list reads better unwrapped, after the options.
+    const QCommandLineOption lcHelp({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    lcParser.addOption(lcHelp);
+    AddOptions(lcParser);
+    lcParser.process(lcApp);
+    if (lcParser.isSet(lcHelp)) {
+        PrintHelp(lcParser);
+        return 0;
+    }
+
+    QString lsError;
+    if (lcParser.isSet(QStringLiteral("write-samples"))) {
+        const QStringList lcFiles = clsSimSamples::Write(lcParser.value(QStringLiteral("write-samples")), lsError);
+        for (const QString& lsFile : lcFiles)
+            std::printf("%s\n", qPrintable(lsFile));
+        return lsError.isEmpty() ? 0 : Fail(lsError);
+    }
+
+    clsSimSettings lcSettings;
+    clsSimDisplay lcDisplay;
+    if (!ReadSettings(lcParser, lcSettings, lsError) || !PrepareDisplay(lcParser, lcSettings, lcDisplay, lsError))
+        return Fail(lsError);
+    return Serve(lcApp, lcParser, lcSettings, lcDisplay);
 }
