@@ -75,7 +75,8 @@ private slots:
         if (func == 0)
             lcRequest = Hex("00 00 65 01 07 36 55");
         const QList<clsSimDisplay::Reply> lcReplies = lcDisplay.Receive(lcRequest);
-        QCOMPARE(lcReplies.isEmpty() ? QByteArray("none").toHex(' ') : lcReplies[0].bytes.toHex(' '), answer.toHex(' '));
+        const QByteArray lcAnswer = lcReplies.isEmpty() ? QByteArray("none") : lcReplies[0].bytes;
+        QCOMPARE(lcAnswer.toHex(' '), answer.toHex(' '));
     }
 
     // Writes, screen text and the plugged-in flag; erase, reads and low current
