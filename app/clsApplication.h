@@ -82,6 +82,9 @@ public:
     bool SendString(const QByteArray& vcData);
     void mcCom_OnComm();
     void SendAndRetry(clsError& rcError, quint8 vbyFunc, const QString& vsArguments);
+    // The same with a further test of the answer: an answer that fails it counts as a failed attempt.
+    void SendAndRetry(clsError& rcError, quint8 vbyFunc, const QString& vsArguments,
+                      const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
     QString GetDallesID(clsError& rcError);
     bool CommunicationIsRunning() const { return mlRunningCount >= 1; }
     void SetCommunicationIsRunning(bool vbRunning) { mlRunningCount += vbRunning ? 1 : -1; }
@@ -138,6 +141,10 @@ signals:
     void StatusShown();
 
 private:
+    // Device link: one attempt of SendAndRetry.
+    bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
+                        const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
+
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();

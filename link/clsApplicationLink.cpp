@@ -7,6 +7,7 @@
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/ISerialPort.h"
+#include "platform/IUserDialogs.h"
 
 clsHalvexMsg& clsApplication::MessageBrooker()
 {
@@ -54,4 +55,109 @@ void clsApplication::mcCom_OnComm()
     const QByteArray lcInput = mcPlatform.Port->Input();
     if (!lcInput.isEmpty())
         MessageBrooker().ProcesReceivedString(lcInput);
+}
+
+void clsApplication::SendAndRetry(clsError& rcError, quint8 vbyFunc, const QString& vsArguments)
+{
+    SendAndRetry(rcError, vbyFunc, vsArguments, {});
+}
+
+// Six attempts of a second each, then the user decides. An answer to the
+// sixth attempt is not looked at: the box comes all the same. After a
+// reconnection the display must still be the one we started with.
+void clsApplication::SendAndRetry(clsError& rcError, quint8 vbyFunc, const QString& vsArguments,
+                                  const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole)
+{
+    constexpr int kMaxRetries = 5;
+    bool lbAgain = true;
+    while (lbAgain && !mbCommunicationStopped) {
+        int llRetries = 0;
+        for (;;) {
+            const bool lbOk = AnswerAccepted(vbyFunc, vsArguments, vAnswerIsWhole);
+            if (lbOk || llRetries == kMaxRetries)
+                break;
+            ++llRetries;
+            mcStatus.SetSmallStatusString(QStringLiteral("Retry ") + QString::number(llRetries));
+        }
+        if (llRetries < kMaxRetries) {
+            lbAgain = false;
+            continue;
+        }
+        const MsgResult lcAnswer = Dialogs().MsgBox(
+            QStringLiteral("Unable to communicate with display\r\nplease check the cables\r\n"
+                           "Press ok to continue and cancel to stop"),
+            MsgButtons::OKCancel, MsgIcon::None, ApplicationName());
+        if (lcAnswer == MsgResult::Cancel) {
+            lbAgain = false;
+            rcError.SetError(ErrorCode::CancelledByUser);
+            continue;
+        }
+        const QString lsId = GetDallesID(rcError);
+        if (lsId == msDisplayId || lsId.isEmpty())
+            continue;
+        const QString lsText = QStringLiteral("Different display detected, aborting");
+        mcStatus.SetStatusString(lsText);
+        Dialogs().MsgBox(lsText, MsgButtons::OK, MsgIcon::None, ApplicationName());
+        rcError.SetError(ErrorCode::DifferentDisplay);
+        lbAgain = false;
+    }
+    mcStatus.SetSmallStatusString(QString());
+}
+
+// One attempt. An answer with a wrong checksum, or one that its request
+// finds incomplete, is as good as none: a garbled reply must never reach a
+// page file.
+bool clsApplication::AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
+                                    const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole)
+{
+    clsHalvexMsg& lcMessage = MessageBrooker();
+    qint32 llTimeout = 1000;
+    if (!lcMessage.SendAndWait(vbyFunc, vsArguments, llTimeout))
+        return false;
+    const QString lsFunc = clsHalvexMsg::ByteToHexArgument(vbyFunc);
+    if (!lcMessage.ReceiveCSOK()) {
+        if (mcLogger)
+            mcLogger->AddWarningToLog(QStringLiteral("Answer to function ") + lsFunc + QStringLiteral(" has a wrong checksum"));
+        return false;
+    }
+    if (vAnswerIsWhole && !vAnswerIsWhole(lcMessage)) {
+        if (mcLogger)
+            mcLogger->AddWarningToLog(QStringLiteral("Answer to function ") + lsFunc + QStringLiteral(" is incomplete"));
+        return false;
+    }
+    return true;
+}
+
+QString clsApplication::GetDallesID(clsError& rcError)
+{
+    mcStatus.SetStatusString(QStringLiteral("Getting ID from display"));
+    if (mbCommunicationStopped) {
+        rcError.SetError(ErrorCode::CommunicationError);
+        return QString();
+    }
+    mbIDRequested = true;
+    SendAndRetry(rcError, 0xCE, QString());
+    if (rcError.IsError()) {
+        const QString lsText = QStringLiteral("Unable to get ID from display");
+        mcStatus.SetStatusString(lsText);
+        if (mcLogger)
+            mcLogger->AddErrorToLog(lsText);
+        return QString();
+    }
+    // Eight numbers, each followed by a point, the last one too.
+    QString lsId;
+    for (int i = 0; i < 8; ++i)
+        lsId += QString::number(MessageBrooker().ReceiveArguments(i)) + QLatin1Char('.');
+    mcStatus.SetStatusString(QStringLiteral("Received ID from display"));
+    return lsId;
+}
+
+// The display leaves its low-current state only through these two requests, in this order.
+void clsApplication::MakeSureLowCurrentDisplay(clsError& rcError)
+{
+    const QString lsZero = clsHalvexMsg::ByteToHexArgument(0);
+    SendAndRetry(rcError, 0x0B, lsZero + QLatin1Char(',') + lsZero);
+    if (rcError.IsError())
+        return;
+    SendAndRetry(rcError, 0x0B, clsHalvexMsg::ByteToHexArgument(1) + QLatin1Char(',') + lsZero);
 }

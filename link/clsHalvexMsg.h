@@ -100,6 +100,7 @@ signals:
     void MessageSend();
 
 private:
+    void AddArgumentByte(qint64 vlValue);
     bool AddReceivedByte(quint8 vbyValue);
     void CompleteFrame();
     bool WaitForReply(quint32 vlDeadline);
@@ -113,5 +114,4 @@ private:
     quint8 mbyReceiveByte = 0;
     bool mbZeroPending = false;
     bool mbReceived = false;
-    quint8 mbyLastArgument = 0;
 };

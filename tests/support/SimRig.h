@@ -1,0 +1,29 @@
+#pragma once
+
+#include "TestApp.h"
+#include "sim/clsSimDisplay.h"
+#include "sim/clsSimSerialPort.h"
+
+// An application on the virtual clock wired to a simulated display through
+// an in-process serial line at 57600 bit/s.
+struct SimRig {
+    clsSimDisplay display;
+    VirtualClock* clock = nullptr;
+    clsSimSerialPort port{display, [this]() { return clock->timeGetTime(); },
+                          [this](quint32 vlDelay, std::function<void()> vAction) {
+                              clock->ScheduleIn(vlDelay, std::move(vAction));
+                          }};
+    TestApp t{&port};
+
+    SimRig() { clock = &t.clock; }
+    clsApplication& app() { return *t.app; }
+
+    // The function codes of the requests the display received, in order.
+    QList<int> Funcs() const
+    {
+        QList<int> lcFuncs;
+        for (const clsSimDisplay::Request& lcRequest : display.Requests())
+            lcFuncs << lcRequest.func;
+        return lcFuncs;
+    }
+};

@@ -1,0 +1,231 @@
+// The reliable request and the link members of the application, against the
+// simulated display on the virtual clock.
+
+#include "support/SimRig.h"
+#include "app/clsLogger.h"
+#include "link/clsHalvexMsg.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+namespace {
+const QString kId = QStringLiteral("12.0.34.5.6.7.8.9.");
+const QByteArray kOtherId = QByteArray::fromHex("0102030405060708");
+const QString kBoxText = QStringLiteral(
+    "Unable to communicate with display\r\nplease check the cables\r\nPress ok to continue and cancel to stop");
+}
+
+class tst_Link : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void retries_data()
+    {
+        QTest::addColumn<int>("drop");
+        QTest::addColumn<int>("silentFrom");
+        QTest::addColumn<int>("newIdFrom");
+        QTest::addColumn<QList<MsgResult>>("answers");
+        QTest::addColumn<int>("error");
+        QTest::addColumn<int>("requests");
+        QTest::addColumn<QString>("lastRetry");
+        using R = QList<MsgResult>;
+        QTest::newRow("answered at once") << 0 << 0 << 0 << R{} << 0 << 1 << "";
+        QTest::newRow("fifth attempt answered") << 4 << 0 << 0 << R{} << 0 << 5 << "Retry 4";
+        QTest::newRow("sixth attempt answered still asks") << 5 << 0 << 0 << R{MsgResult::Cancel}
+                                                           << ErrorCode::CancelledByUser << 6 << "Retry 5";
+        QTest::newRow("OK, same display: fresh round") << 6 << 0 << 0 << R{MsgResult::OK} << 0 << 8 << "Retry 5";
+        QTest::newRow("OK, another display") << 6 << 0 << 7 << R{MsgResult::OK, MsgResult::OK}
+                                             << ErrorCode::DifferentDisplay << 7 << "Retry 5";
+        // the ID request gets its own box; cancelled there, the ID is empty and the round starts again
+        QTest::newRow("OK, no ID answer: round again") << 0 << 1 << 0
+                                                       << R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}
+                                                       << ErrorCode::CancelledByUser << 18 << "Retry 5";
+    }
+    void retries()
+    {
+        QFETCH(int, drop);
+        QFETCH(int, silentFrom);
+        QFETCH(int, newIdFrom);
+        QFETCH(QList<MsgResult>, answers);
+        QFETCH(int, error);
+        QFETCH(int, requests);
+        QFETCH(QString, lastRetry);
+        SimRig r;
+        r.display.Faults().DropNext = drop;
+        r.display.Faults().SilentFromRequest = silentFrom;
+        r.display.Faults().ChangeIdFromRequest = newIdFrom;
+        r.display.Faults().NewId = kOtherId;
+        r.t.dialogs.answers.append(answers);
+        r.app().SetDisplayId(kId);
+        QStringList lcRetryLines;
+        connect(&r.app().Status(), &clsStatus::StatusChanged, [&]() {
+            if (!r.app().Status().SmallStatusString().isEmpty())
+                lcRetryLines << r.app().Status().SmallStatusString();
+        });
+        QElapsedTimer lcReal;
+        lcReal.start();
+        clsError lcError;
+        r.app().SendAndRetry(lcError, 0x36, QString());
+        QVERIFY(lcReal.elapsed() < 500);
+        QCOMPARE(lcError.Error(), error);
+        QCOMPARE(r.display.Stats().requests, requests);
+        QCOMPARE(lcRetryLines.value(lcRetryLines.size() - 1), lastRetry);
+        QCOMPARE(r.app().Status().SmallStatusString(), QString());
+        QCOMPARE(r.t.dialogs.boxes.size(), answers.size());
+        for (const FakeUserDialogs::Box& lcBox : r.t.dialogs.boxes) {
+            QCOMPARE(lcBox.title, QStringLiteral("Corvane Desktop"));
+            if (lcBox.buttons == MsgButtons::OKCancel)
+                QCOMPARE(lcBox.text, kBoxText);
+            else
+                QCOMPARE(lcBox.text, QStringLiteral("Different display detected, aborting"));
+        }
+        if (error == ErrorCode::DifferentDisplay)
+            QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Different display detected, aborting"));
+        // a silent display costs a second an attempt
+        QVERIFY(r.clock->timeGetTime() >= quint32(1000 * qMin(drop + silentFrom * 18, 6)));
+    }
+
+    void badAnswersAreFailedAttempts_data()
+    {
+        QTest::addColumn<bool>("corrupt");
+        QTest::addColumn<QString>("warning");
+        QTest::newRow("wrong checksum") << true << "WARNING Answer to function 0x36 has a wrong checksum";
+        QTest::newRow("another function code") << false << "";
+    }
+    void badAnswersAreFailedAttempts()
+    {
+        QFETCH(bool, corrupt);
+        QFETCH(QString, warning);
+        SimRig r;
+        r.display.Faults().CorruptNext = corrupt ? 1 : 0;
+        r.display.Faults().CorruptIndex = 8;
+        r.display.Faults().WrongFuncNext = corrupt ? 0 : 1;
+        clsError lcError;
+        r.app().SendAndRetry(lcError, 0x36, QString());
+        QVERIFY(!lcError.IsError());
+        QCOMPARE(r.display.Stats().requests, 2);
+        QCOMPARE(r.app().MessageBrooker().ReceiveArguments(1), quint8(63));
+        const QStringList lcWarnings = r.t.LogLines().filter(QStringLiteral("WARNING"));
+        QCOMPARE(lcWarnings, warning.isEmpty() ? QStringList() : QStringList{warning});
+    }
+
+    // The codec itself takes a garbled answer: only the reliable request refuses it.
+    void sendAndWaitTakesAWrongChecksum()
+    {
+        SimRig r;
+        r.display.Faults().CorruptNext = 1;
+        r.display.Faults().CorruptIndex = 8;
+        qint32 llTimeout = 1000;
+        QVERIFY(r.app().MessageBrooker().SendAndWait(0x36, QString(), llTimeout));
+        QVERIFY(!r.app().MessageBrooker().ReceiveCSOK());
+    }
+
+    // An answer ending in a zero checksum leaves the receiver waiting for the
+    // meaning of that zero; the display's 0x01 after it settles it, without
+    // it the next answer is garbled and only a retry gets it.
+    void zeroChecksumTrap_data()
+    {
+        QTest::addColumn<bool>("plain");
+        QTest::addColumn<int>("requests");
+        QTest::newRow("display sends 0x01 after it") << false << 2;
+        QTest::newRow("plain zero: next answer needs a retry") << true << 3;
+    }
+    void zeroChecksumTrap()
+    {
+        QFETCH(bool, plain);
+        QFETCH(int, requests);
+        SimRig r;
+        r.display.SetId(QByteArray::fromHex("A701010101010101"));
+        r.display.Faults().PlainZeroChecksum = plain;
+        clsError lcError;
+        QCOMPARE(r.app().GetDallesID(lcError), QStringLiteral("167.1.1.1.1.1.1.1."));
+        QCOMPARE(r.app().MessageBrooker().ReceiveCS(), quint8(0));
+        r.app().SendAndRetry(lcError, 0x36, QString());
+        QVERIFY(!lcError.IsError());
+        QCOMPARE(r.app().MessageBrooker().ReceiveArguments(3), quint8(64));
+        QCOMPARE(r.display.Stats().requests, requests);
+    }
+
+    void getDallesId_data()
+    {
+        QTest::addColumn<QByteArray>("id");
+        QTest::addColumn<bool>("stopped");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<int>("error");
+        QTest::newRow("eight numbers, eight points") << QByteArray::fromHex("0C00220506070809") << false << kId
+                                                     << "Received ID from display" << 0;
+        QTest::newRow("short answer gives zeros") << QByteArray::fromHex("010203") << false << "1.2.3.0.0.0.0.0."
+                                                  << "Received ID from display" << 0;
+        QTest::newRow("communication stopped") << QByteArray() << true << "" << "Getting ID from display"
+                                               << ErrorCode::CommunicationError;
+    }
+    void getDallesId()
+    {
+        QFETCH(QByteArray, id);
+        QFETCH(bool, stopped);
+        QFETCH(QString, text);
+        QFETCH(QString, status);
+        QFETCH(int, error);
+        SimRig r;
+        r.display.SetId(id);
+        r.app().SetCommunicationStopped(stopped);
+        clsError lcError;
+        QCOMPARE(r.app().GetDallesID(lcError), text);
+        QCOMPARE(lcError.Error(), error);
+        QCOMPARE(r.app().Status().StatusString(), status);
+        QCOMPARE(r.display.Stats().requests, stopped ? 0 : 1);
+    }
+
+    void getDallesIdFailureIsLogged()
+    {
+        SimRig r;
+        r.display.Faults().SilentFromRequest = 1;
+        r.t.dialogs.answers << MsgResult::Cancel;
+        clsError lcError;
+        QCOMPARE(r.app().GetDallesID(lcError), QString());
+        QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
+        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Unable to get ID from display"));
+        QCOMPARE(r.t.LogLines().last(), QStringLiteral("ERROR Unable to get ID from display"));
+    }
+
+    void lowCurrent_data()
+    {
+        QTest::addColumn<bool>("silent");
+        QTest::addColumn<QList<QByteArray>>("requests");
+        const QByteArray lcFirst = QByteArray::fromHex("0000");
+        QTest::newRow("both pairs in order") << false << QList<QByteArray>{lcFirst, QByteArray::fromHex("0100")};
+        QTest::newRow("second only after the first") << true << QList<QByteArray>(6, lcFirst);
+    }
+    void lowCurrent()
+    {
+        QFETCH(bool, silent);
+        QFETCH(QList<QByteArray>, requests);
+        SimRig r;
+        r.display.Faults().SilentFromRequest = silent ? 1 : 0;
+        r.t.dialogs.answers << MsgResult::Cancel;
+        clsError lcError;
+        r.app().MakeSureLowCurrentDisplay(lcError);
+        QList<QByteArray> lcSent;
+        for (const clsSimDisplay::Request& lcRequest : r.display.Requests()) {
+            QCOMPARE(lcRequest.func, quint8(0x0B));
+            lcSent << lcRequest.arguments;
+        }
+        QCOMPARE(lcSent, requests);
+        QCOMPARE(r.display.LowCurrent(), !silent);
+    }
+
+    // 7 bytes out, 16 back (the ID holds a zero) at 5760 bytes a second: the answer is in after 4 ms.
+    void exchangeTakesItsWireTime()
+    {
+        SimRig r;
+        clsError lcError;
+        r.app().GetDallesID(lcError);
+        QCOMPARE(r.clock->timeGetTime(), quint32(4));
+        QCOMPARE(r.port.BytesToDisplay() + r.port.BytesFromDisplay(), qint64(23));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Link)
+#include "tst_link.moc"
