@@ -107,7 +107,8 @@ public:
     void ClearFlash(clsError& rcError, bool vbCheckId);
     void CheckForOperatingSystem(clsError& rcError);
     void ClearRitAndPoliceTableInformation();
-    // The user dialogue around ClearFlash, for the window and the command line.
+    // The user dialogue around ClearFlash, for the window and the command line:
+    // data/clsApplicationClearDisplay.cpp.
     void clearDisplay();
 
     // ---- Record pipeline: data/clsApplicationImport.cpp ----
@@ -144,6 +145,11 @@ private:
     // Device link: one attempt of SendAndRetry.
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
+
+    // Flash download: one page into its page file.
+    void DownloadPage(clsError& rcError, qint32 vlPage, qint32 vlPageSize, qint32 vlMaxData);
+    // Erase: the memory map and the page loop of ClearFlash.
+    void ErasePages(clsError& rcError);
 
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();

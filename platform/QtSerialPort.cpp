@@ -73,10 +73,12 @@ QByteArray QtSerialPort::Input()
 }
 
 // Only a vanished device closes the port; time-outs and framing trouble are the
-// protocol's business and show up as retries.
+// protocol's business and show up as retries. An unplugged USB interface shows
+// as a resource error; a pseudo-terminal whose other side closed first fails
+// its reads, and would go on failing them for as long as the port stays open.
 void QtSerialPort::mcPort_ErrorOccurred(QSerialPort::SerialPortError veError)
 {
-    if (veError != QSerialPort::ResourceError)
+    if (veError != QSerialPort::ResourceError && veError != QSerialPort::ReadError)
         return;
     const QString lsText = mcPort.errorString();
     // Closing from inside the port's own signal is safe for QSerialPort, and it

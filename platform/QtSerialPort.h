@@ -13,7 +13,6 @@
 // again, so the user can plug the cable back in and carry on.
 class QtSerialPort : public QObject, public ISerialPort
 {
-    Q_OBJECT
 public:
     static constexpr qint32 kBaudRate = 57600;
 

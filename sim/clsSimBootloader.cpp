@@ -81,7 +81,6 @@ QByteArray clsSimBootloader::Judge()
         --mlNakLinesLeft;
         return kNak;
     }
-    ++mlRecordsAccepted;
     if (lbyType == kEndRecord)
         return kAck;
     const int llAddress = (quint8(lcRecord[2]) << 8) | quint8(lcRecord[3]);

@@ -39,7 +39,6 @@ public:
 
     // The program memory written by accepted data records, erased (0xFF) elsewhere.
     const QByteArray& Program() const { return mcProgram; }
-    int RecordsAccepted() const { return mlRecordsAccepted; }
 
 private:
     QByteArray Judge();
@@ -47,7 +46,6 @@ private:
     QByteArray mcPending;
     QByteArray mcProgram;
     int mlNakLinesLeft = 0;
-    int mlRecordsAccepted = 0;
     bool mbSilentOnStart = false;
     bool mbRestarted = false;
 };

@@ -321,3 +321,13 @@ int clsSimDataGenerator::WriteLog(QByteArray& rcFlash, const QVector<clsSimRecor
     }
     return llWritten;
 }
+
+int clsSimDataGenerator::FillLog(QByteArray& rcFlash, int vlFirstPage, int vlLastPage, int vlPageSizeLog2,
+                                 quint32 vlSeed, int vlDays, QString& rsError)
+{
+    const QVector<clsSimPlace> lcPlaces = LoadPlaces(DefaultPlacesFile(), rsError);
+    if (lcPlaces.isEmpty())
+        return -1;
+    const QVector<clsSimRecordFields> lcRecords = clsSimDataGenerator(lcPlaces).Generate(vlSeed, vlDays);
+    return WriteLog(rcFlash, lcRecords, vlFirstPage, vlLastPage, vlPageSizeLog2);
+}

@@ -39,6 +39,12 @@ public:
     static int WriteLog(QByteArray& rcFlash, const QVector<clsSimRecordFields>& vcRecords, int vlFirstPage,
                         int vlLastPage, int vlPageSizeLog2);
 
+    // The whole job for a flash image of the given geometry: load the shipped
+    // places, generate vlDays from vlSeed and write the log. Returns the records
+    // written, -1 with rsError set when the place table cannot be read.
+    static int FillLog(QByteArray& rcFlash, int vlFirstPage, int vlLastPage, int vlPageSizeLog2, quint32 vlSeed,
+                       int vlDays, QString& rsError);
+
 private:
     struct Trip;
     void Drive(const clsSimPlace& vcTo, quint8 vbyTripType);

@@ -280,7 +280,7 @@ void clsSimDisplay::ApplyFaults(Reply& rcReply, quint8 vbyFunc, const QByteArray
     if (Trigger(mcFaults.LateNext, mcFaults.LateRate)) {
         ++mcStats.late;
         rcReply.delayMs = mcFaults.LateByMs;
-        rcReply.late = true;
+        rcReply.late = !mcFaults.LateKeepsListening;
     }
     if (Trigger(mcFaults.CorruptNext, mcFaults.CorruptRate)) {
         ++mcStats.corrupted;

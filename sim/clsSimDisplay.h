@@ -29,7 +29,7 @@ public:
     struct Reply {
         QByteArray bytes;
         quint32 delayMs = 0; // beyond the wire time
-        bool late = false;   // the display is busy and deaf until the reply is out
+        bool late = false;   // the display is busy and hears nothing until this reply is out
     };
     struct Request {
         quint8 func = 0;

@@ -88,7 +88,9 @@ bool clsSimFaults::Parse(const QString& vsSpec, QString& rsError)
             int llMs = 0;
             lbOk = ReadCount(lsValue, llMs);
             LateByMs = quint32(llMs);
-        } else if (lsName == QLatin1String("silent-from"))
+        } else if (lsName == QLatin1String("late-listening"))
+            LateKeepsListening = true;
+        else if (lsName == QLatin1String("silent-from"))
             lbOk = ReadCount(lsValue, SilentFromRequest);
         else if (lsName == QLatin1String("new-id-from"))
             lbOk = ReadCount(lsValue, ChangeIdFromRequest);
@@ -139,6 +141,7 @@ QString clsSimFaults::Help()
         "late=P            answer after the host's time-out with probability P\n"
         "late-next=N       the same for the next N replies\n"
         "late-by=MS        how late a late answer is (default 1200)\n"
+        "late-listening    a late display still hears and answers the retry\n"
         "silent-from=K     answer nothing from request K on (a pulled cable)\n"
         "new-id-from=K     report new-id from request K on\n"
         "new-id=A.B.C.D.E.F.G.H  the identity reported after new-id-from\n"

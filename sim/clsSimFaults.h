@@ -25,6 +25,9 @@ struct clsSimFaults {
     int LateNext = 0;
     double LateRate = 0;
     quint32 LateByMs = 1200;
+    // A late display that keeps listening answers the host's retry as well,
+    // one answer more than the host waits for.
+    bool LateKeepsListening = false;
     // From this request on (1 = the first) the display answers nothing, as with a pulled cable.
     int SilentFromRequest = 0;
     // From this request on the display reports NewId as its identity.

@@ -1,6 +1,7 @@
 // The simulator's logbook: the 24-byte records it writes and the data it
 // generates must be what the program's decoder expects of a real display.
 
+#include "data/clsHalvexRecord.h"
 #include "sim/clsSimDataGenerator.h"
 
 #include <QtTest>
@@ -12,25 +13,10 @@ QByteArray Hex(const clsSimRecordEncoder::Bytes& vcBytes)
     return QByteArray(reinterpret_cast<const char*>(vcBytes.data()), int(vcBytes.size())).toHex(' ');
 }
 
-int Packed(const QByteArray& vcRecord, int vlOffset)
-{
-    return quint8(vcRecord[vlOffset]) | (quint8(vcRecord[vlOffset + 1]) << 8);
-}
-
 qint64 Field31(const QByteArray& vcRecord, int vlOffset)
 {
     return qint64(quint8(vcRecord[vlOffset]) | (quint8(vcRecord[vlOffset + 1]) << 8) |
                   (quint8(vcRecord[vlOffset + 2]) << 16) | (quint8(vcRecord[vlOffset + 3] & 0x7F) << 24));
-}
-
-int Seconds(int vlPacked)
-{
-    return (vlPacked >> 11) * 3600 + ((vlPacked >> 5) & 63) * 60 + (vlPacked & 31) * 2;
-}
-
-bool HasFix(const QByteArray& vcRecord)
-{
-    return vcRecord.mid(6, 8).count('\0') != 8;
 }
 
 } // namespace
@@ -130,58 +116,84 @@ void tst_SimRecordEncoder::WriteLogFillsPagesAfterTheFirst()
     QCOMPARE(clsSimDataGenerator::WriteLog(lcFlash, QVector<clsSimRecordFields>(25), 1, 3, 8), 20);
 }
 
+// Decoded by the program's own record class, as the import will see it.
 void tst_SimRecordEncoder::GeneratedLogbookIsPlausible()
 {
     QString lsError;
     const QVector<clsSimPlace> lcPlaces = clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError);
     QVERIFY2(!lcPlaces.isEmpty(), qPrintable(lsError));
-    clsSimDataGenerator lcGenerator(lcPlaces);
-    const QVector<clsSimRecordFields> lcRecords = lcGenerator.Generate(7, 60);
-    QCOMPARE(clsSimDataGenerator(lcPlaces).Generate(7, 60).size(), lcRecords.size());
-
+    const QVector<clsSimRecordFields> lcRecords = clsSimDataGenerator(lcPlaces).Generate(7, 60);
     QByteArray lcFlash;
     QCOMPARE(clsSimDataGenerator::WriteLog(lcFlash, lcRecords, 0, 300, 12), lcRecords.size());
+    QByteArray lcAgain;
+    clsSimDataGenerator::FillLog(lcAgain, 0, 300, 12, 7, 60, lsError);
+    QCOMPARE(lcAgain, lcFlash);
 
-    QMap<int, int> lcKinds;
-    int llNoFixTank = 0;
+    QMap<QString, int> lcKinds;
+    int llPastMidnight = 0;
     int llDriveTimes = 0;
+    int llNoFixTanks = 0;
     qint64 llLastKm = -1;
-    int llLastDate = 0;
+    qint64 llLastReceipt = 0;
+    QDate lcLastDate;
     for (int i = 0; i < lcRecords.size(); ++i) {
-        const int llPage = 1 + i / 170;
-        const QByteArray lcRecord = lcFlash.mid(llPage * 4096 + (i % 170) * 24, 24);
-        const int llType = quint8(lcRecord[17]);
-        const QString lsWhere = QStringLiteral("record %1 (%2)").arg(i).arg(QString::fromLatin1(lcRecord.toHex(' ')));
-        QVERIFY2(llType >= 2 && llType <= 8, qPrintable(lsWhere));
-        ++lcKinds[llType];
-        if (HasFix(lcRecord)) {
-            const double ldLat = Field31(lcRecord, 6) / 600000.0 - 90.0;
-            const double ldLon = Field31(lcRecord, 10) / 600000.0 - 180.0;
+        const int llOffset = (1 + i / 170) * 4096 + (i % 170) * 24;
+        clsHalvexRecord lcRecord;
+        lcRecord.DeCodeData(reinterpret_cast<const quint8*>(lcFlash.constData()) + llOffset, 24);
+        const QString lsWhere = QStringLiteral("record %1: %2").arg(i).arg(QString::fromLatin1(lcFlash.mid(llOffset, 24).toHex(' ')));
+        QVERIFY2(lcRecord.IsValid(), qPrintable(lsWhere));
+        QVERIFY2(!lcRecord.TypeOfAlarm().startsWith(QStringLiteral("Unknown")), qPrintable(lsWhere));
+        ++lcKinds[lcRecord.TypeOfAlarm()];
+
+        if (lcRecord.ValidGps()) {
+            const QDate lcDate = QDate::fromString(lcRecord.DateOfTrip(), QStringLiteral("d-M-yyyy"));
+            QVERIFY2(lcDate.isValid() && (!lcLastDate.isValid() || lcDate >= lcLastDate), qPrintable(lsWhere));
+            lcLastDate = lcDate;
+            const double ldLat = lcRecord.lEndLatitude() / 600000.0 - 90.0;
+            const double ldLon = lcRecord.lEndLongitude() / 600000.0 - 180.0;
             QVERIFY2(ldLat > 49.0 && ldLat < 54.0 && ldLon > 2.0 && ldLon < 7.5, qPrintable(lsWhere));
-            const int llDate = Packed(lcRecord, 4);
-            QVERIFY2(llDate >= llLastDate, qPrintable(lsWhere));
-            llLastDate = llDate;
-            QVERIFY2((Packed(lcRecord, 2) >> 11) < 24 && ((Packed(lcRecord, 2) >> 5) & 63) < 60, qPrintable(lsWhere));
-            if (llType == 2) {
-                // Stop after start, or past midnight: a drive is never half a day.
-                const int llDrive = (Seconds(Packed(lcRecord, 2)) - Seconds(Packed(lcRecord, 0)) + 86400) % 86400;
-                QVERIFY2(llDrive > 0 && llDrive < 6 * 3600, qPrintable(lsWhere));
-            }
-        } else {
-            llNoFixTank += llType == 7;
-            llDriveTimes += llType == 2 && lcRecord.mid(2, 2) == QByteArray("\x00\xF8", 2);
+            QVERIFY2(QTime::fromString(lcRecord.StopTime(), QStringLiteral("hh:mm:ss")).isValid(), qPrintable(lsWhere));
         }
-        if (llType == 2 || llType == 6 || llType == 7 || llType == 8) {
-            const qint64 llKm = Field31(lcRecord, 18);
-            QVERIFY2(llKm >= llLastKm || llType == 8, qPrintable(lsWhere));
+        if (lcRecord.isRitRegType()) {
+            // Stop after start, or past midnight: either way a drive of a few hours at most.
+            const QTime lcDrive = QTime::fromString(lcRecord.DriveTime(), QStringLiteral("hh:mm:ss"));
+            QVERIFY2(lcDrive.isValid() && lcDrive > QTime(0, 0) && lcDrive < QTime(6, 0), qPrintable(lsWhere));
+            if (lcRecord.ValidGps())
+                llPastMidnight += lcRecord.StopTime() < lcRecord.StartTime();
+            else
+                ++llDriveTimes;
+        }
+        if (lcRecord.isPoliceCheckRadarType()) {
+            QVERIFY2(lcRecord.FrequencyBand().contains(QRegularExpression(QStringLiteral("^(240|241|342|343)\\d\\d MHz$"))),
+                     qPrintable(lsWhere + QLatin1Char(' ') + lcRecord.FrequencyBand()));
+            QVERIFY2(!lcRecord.Amplitude().isEmpty(), qPrintable(lsWhere));
+        }
+        if (lcRecord.isTankStopType()) {
+            const qint64 llReceipt = lcRecord.TankBonNummer().toLongLong();
+            QVERIFY2(llReceipt > llLastReceipt, qPrintable(lsWhere));
+            llLastReceipt = llReceipt;
+            llNoFixTanks += !lcRecord.ValidGps();
+        }
+        if (lcRecord.IsValidKmStand()) {
+            const qint64 llKm = lcRecord.sEndKm().toLongLong();
+            if (lcRecord.isKmCorrectieType()) {
+                // The display's counter before the correction is the last one it logged.
+                const qint64 llPrevious = lcRecord.PreviousKM().toLongLong();
+                QVERIFY2(llPrevious == llLastKm || (i == 0 && llPrevious == 0), qPrintable(lsWhere));
+            } else {
+                QVERIFY2(llKm >= llLastKm, qPrintable(lsWhere));
+            }
             llLastKm = llKm;
         }
     }
-    for (int llType = 2; llType <= 8; ++llType)
-        QVERIFY2(lcKinds.value(llType) > 0, qPrintable(QStringLiteral("no record of type %1").arg(llType)));
-    QVERIFY(llNoFixTank > 0);
+    for (const char* lsKind : {"Route Logging", "PoliceCheck", "SpotAlarm", "Traject Contol", "route", "tankstop", "km correctie"})
+        QVERIFY2(lcKinds.value(QLatin1String(lsKind)) > 0, lsKind);
+    QVERIFY(lcKinds.value(QStringLiteral("km correctie")) >= 4);
+    QVERIFY(llPastMidnight > 0);
     QVERIFY(llDriveTimes > 0);
-    QCOMPARE(lcFlash.mid(lcRecords.size() / 170 * 4096 + 4096 + (lcRecords.size() % 170) * 24, 24), QByteArray(24, char(0xFF)));
+    QVERIFY(llNoFixTanks > 0);
+    const int llEnd = (1 + int(lcRecords.size()) / 170) * 4096 + (int(lcRecords.size()) % 170) * 24;
+    QCOMPARE(lcFlash.mid(llEnd, 24), QByteArray(24, char(0xFF)));
 }
 
 QTEST_GUILESS_MAIN(tst_SimRecordEncoder)

@@ -1,0 +1,125 @@
+// The production serial port on a pseudo-terminal: bytes both ways, the pace
+// of the line, and a cable pulled and plugged back in.
+
+#include "platform/QtSerialPort.h"
+#include "sim/clsPtyTransport.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class tst_SimPty : public QObject
+{
+    Q_OBJECT
+private slots:
+    void PortNumbersAndPaths_data();
+    void PortNumbersAndPaths();
+    void BytesBothWaysAtTheLinePace_data();
+    void BytesBothWaysAtTheLinePace();
+    void PulledCableIsReportedOnceAndReopensAfterReplugging();
+};
+
+void tst_SimPty::PortNumbersAndPaths_data()
+{
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QString>("device");
+#ifdef Q_OS_WIN
+    QTest::newRow("Com 1") << "1" << "COM1";
+    QTest::newRow("Com 12") << "12" << "COM12";
+#else
+    QTest::newRow("Com 1") << "1" << "/dev/ttyS0";
+    QTest::newRow("Com 12") << "12" << "/dev/ttyS11";
+#endif
+    QTest::newRow("path") << "/dev/ttyUSB0" << "/dev/ttyUSB0";
+    QTest::newRow("Com 0 is no number") << "0" << "0";
+}
+
+void tst_SimPty::PortNumbersAndPaths()
+{
+    QFETCH(QString, port);
+    QFETCH(QString, device);
+    QCOMPARE(QtSerialPort::DeviceName(port), device);
+}
+
+void tst_SimPty::BytesBothWaysAtTheLinePace_data()
+{
+    QTest::addColumn<int>("baud");
+    QTest::addColumn<int>("minMs");
+    QTest::addColumn<int>("maxMs");
+    // 576 bytes are 5760 bit times: 100 ms at 57600 bit/s.
+    QTest::newRow("paced") << 57600 << 95 << 1000;
+    QTest::newRow("unpaced") << 0 << 0 << 60;
+}
+
+void tst_SimPty::BytesBothWaysAtTheLinePace()
+{
+    QFETCH(int, baud);
+    QFETCH(int, minMs);
+    QFETCH(int, maxMs);
+
+    clsPtyTransport lcPty;
+    QString lsError;
+    QVERIFY2(lcPty.Open(lsError), qPrintable(lsError));
+    lcPty.SetBaudRate(baud);
+    QtSerialPort lcPort;
+    lcPort.SetCommPort(lcPty.SlavePath());
+    QVERIFY(lcPort.SetPortOpen(true));
+
+    QSignalSpy lcToDisplay(&lcPty, &clsPtyTransport::Received);
+    QVERIFY(lcPort.Output(QByteArray("\x00\x00\x66\x01\x07\xCE\xAE", 7)));
+    QVERIFY(lcToDisplay.wait(2000));
+    QCOMPARE(lcToDisplay.first().first().toByteArray(), QByteArray("\x00\x00\x66\x01\x07\xCE\xAE", 7));
+
+    QByteArray lcSent;
+    for (int i = 0; i < 576; ++i)
+        lcSent.append(char(i));
+    QByteArray lcReceived;
+    int llEvents = 0;
+    lcPort.SetOnComm([&]() {
+        ++llEvents;
+        lcReceived += lcPort.Input();
+    });
+    QElapsedTimer lcTimer;
+    lcTimer.start();
+    lcPty.Write(lcSent);
+    QTRY_COMPARE_WITH_TIMEOUT(lcReceived.size(), lcSent.size(), 3000);
+    QVERIFY2(lcTimer.elapsed() >= minMs && lcTimer.elapsed() <= maxMs, qPrintable(QString::number(lcTimer.elapsed())));
+    QCOMPARE(lcReceived, lcSent);
+    QVERIFY(llEvents >= 1);
+}
+
+void tst_SimPty::PulledCableIsReportedOnceAndReopensAfterReplugging()
+{
+    QTemporaryDir lcDir;
+    const QString lsLink = lcDir.filePath(QStringLiteral("display"));
+    QString lsError;
+    auto lcPty = std::make_unique<clsPtyTransport>();
+    QVERIFY2(lcPty->Open(lsError) && lcPty->SetLink(lsLink, lsError), qPrintable(lsError));
+
+    QtSerialPort lcPort;
+    QStringList lcReports;
+    lcPort.SetOnError([&](const QString& vsText) { lcReports << vsText; });
+    lcPort.SetCommPort(lsLink);
+    QVERIFY(lcPort.SetPortOpen(true));
+
+    lcPty.reset();
+    QTRY_VERIFY_WITH_TIMEOUT(!lcPort.PortOpen(), 3000);
+    QCOMPARE(lcReports.size(), 1);
+    QVERIFY2(lcReports.first().startsWith(QStringLiteral("Serial port ")), qPrintable(lcReports.first()));
+    // Trying again while the cable is out fails without a second report.
+    QVERIFY(!lcPort.SetPortOpen(true));
+    QVERIFY(!lcPort.Output("x"));
+    QCOMPARE(lcReports.size(), 1);
+
+    lcPty = std::make_unique<clsPtyTransport>();
+    QVERIFY2(lcPty->Open(lsError) && lcPty->SetLink(lsLink, lsError), qPrintable(lsError));
+    QVERIFY(lcPort.SetPortOpen(true));
+    QSignalSpy lcToDisplay(lcPty.get(), &clsPtyTransport::Received);
+    QVERIFY(lcPort.Output("again"));
+    QVERIFY(lcToDisplay.wait(2000));
+    QCOMPARE(lcToDisplay.first().first().toByteArray(), QByteArray("again"));
+}
+
+QTEST_GUILESS_MAIN(tst_SimPty)
+#include "tst_SimPty.moc"
