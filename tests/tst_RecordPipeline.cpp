@@ -1,4 +1,5 @@
-#include "support/TestApp.h"
+#include "support/SimRig.h"
+#include "sim/clsSimDataGenerator.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
@@ -57,6 +58,8 @@ class tst_RecordPipeline : public QObject
 private slots:
     void golden_data();
     void golden();
+    void importFromSimulatedDisplay();
+    void secondMemoryInfoUnansweredKeepsPageFiles();
     void kmRescaling();
     void emptyDisplay();
     void malformedPageFileEndsTheImport_data();
@@ -118,6 +121,66 @@ void tst_RecordPipeline::golden()
     QVERIFY(a.dialogs.boxes.isEmpty());
     QCOMPARE(a.window.LastStatus(),
              QStringLiteral("Copied %1 record(s) from KVT Memory Display").arg(lcLines.size()));
+}
+
+namespace {
+// A display with six pages of generated logbook; returns the records written.
+int FillDisplay(SimRig& rcRig)
+{
+    rcRig.display.SetGeometry(0, 6, 8, 64);
+    QByteArray lcFlash = rcRig.display.Flash();
+    QString lsError;
+    const int llWritten = clsSimDataGenerator::FillLog(lcFlash, 0, 6, 8, 5, 40, lsError);
+    rcRig.display.SetFlash(lcFlash);
+    return llWritten;
+}
+
+QStringList PageFiles(const TestApp& vcApp)
+{
+    return QDir(vcApp.Home()).entryList({QStringLiteral("Page*.DSW")});
+}
+}
+
+// The whole import: the check, the download, the memory map asked again,
+// then every processing step; the page files are gone afterwards.
+void tst_RecordPipeline::importFromSimulatedDisplay()
+{
+    SimRig r;
+    const int llWritten = FillDisplay(r);
+    QVERIFY(llWritten > 40);
+    clsError lcError;
+    r.app().ImportDataFromDisplay(lcError);
+    QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+    QCOMPARE(r.app().Records().Count(), llWritten);
+    QCOMPARE(r.Funcs().last(), 0x36);
+    QVERIFY(PageFiles(r.t).isEmpty());
+    QCOMPARE(r.app().DataSaved(), false);
+    QCOMPARE(r.t.window.LastStatus(), QStringLiteral("Copied %1 record(s) from KVT Memory Display").arg(llWritten));
+    QVERIFY(!r.t.window.gridRows.isEmpty());
+}
+
+// Decoding asks the display for its memory map once more; when it does not
+// answer, nothing is decoded and the page files wait for the next attempt.
+void tst_RecordPipeline::secondMemoryInfoUnansweredKeepsPageFiles()
+{
+    int llRequests = 0;
+    {
+        SimRig r;
+        FillDisplay(r);
+        clsError lcError;
+        r.app().ImportDataFromDisplay(lcError);
+        llRequests = r.display.Stats().requests;
+    }
+    SimRig r;
+    FillDisplay(r);
+    r.display.Faults().SilentFromRequest = llRequests;
+    r.t.dialogs.answers.append(MsgResult::Cancel);
+    clsError lcError;
+    r.app().ImportDataFromDisplay(lcError);
+    QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
+    QCOMPARE(r.app().Records().Count(), 0);
+    QCOMPARE(PageFiles(r.t).size(), 6);
+    QCOMPARE(r.app().DataSaved(), true);
 }
 
 // Between the anchor (1000) and a correction that says the counter read 1200
