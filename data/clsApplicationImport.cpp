@@ -16,6 +16,9 @@
 #include <utility>
 
 namespace {
+// Milliseconds between two chances for the window to handle its events while decoding.
+constexpr quint32 kEventInterval = 10;
+
 // Runs one step unless an earlier one failed. A run-time error inside the
 // step (a bad page file, an overflow) becomes the pending error, which the
 // error value takes over, so the caller shows it like any other.
@@ -168,6 +171,8 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
 
     auto lcRecord = std::make_unique<clsHalvexRecord>();
     clsHalvexRecord::Bytes lcBytes;
+    IEventLoop& rcLoop = *mcPlatform.EventLoop;
+    quint32 llEventsRun = rcLoop.timeGetTime() - kEventInterval;
     for (qint32 llPage = vcInfo.FirstPage(); llPage <= vcInfo.LastPage(); ++llPage) {
         const QString lsFile = PageFileName(llPage);
         if (Logger().CheckFileExists(lsFile)) {
@@ -185,7 +190,12 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
                 if (lcRecord->IsValid()) {
                     mcRecords->Add(std::move(lcRecord));
                     lcRecord = std::make_unique<clsHalvexRecord>();
-                    mcPlatform.EventLoop->DoEvents();
+                    // The window stays responsive; asking it after every one of a
+                    // display's 700000 records would cost more than the decoding.
+                    if (rcLoop.timeGetTime() - llEventsRun >= kEventInterval) {
+                        rcLoop.DoEvents();
+                        llEventsRun = rcLoop.timeGetTime();
+                    }
                 }
                 rcSmall.Increment();
             }

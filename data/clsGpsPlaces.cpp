@@ -160,6 +160,17 @@ QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) cons
     return llSlot < 0 ? QString() : mcNames[size_t(llSlot)];
 }
 
+// The full scan subtracts in 32 bits: some slot's difference overflows
+// exactly when one of the table's extremes does.
+void clsGpsPlaces::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const
+{
+    const auto lcLat = std::minmax_element(mcLatitudes.begin(), mcLatitudes.end());
+    const auto lcLon = std::minmax_element(mcLongitudes.begin(), mcLongitudes.end());
+    if (qint64(vlLatitude) - *lcLat.first > kInt32Max || qint64(vlLatitude) - *lcLat.second < kInt32Min
+        || qint64(vlLongitude) - *lcLon.first > kInt32Max || qint64(vlLongitude) - *lcLon.second < kInt32Min)
+        Err::Raise(VbError::Overflow);
+}
+
 // Plain Euclidean distance on the encoded values, latitude and longitude
 // units taken as equal; a strictly smaller distance is needed to replace the
 // best, so the earlier line wins a tie.
@@ -169,22 +180,14 @@ QString clsGpsPlaces::searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude
         return QStringLiteral(" ");
     if (mlCount < 1)
         return QString();
+    RaiseOnOverflow(vlLatitude, vlLongitude);
     double ldBest = kFarAway;
     size_t llBest = 0;
-    const size_t llSlots = size_t(mlCount) + 1;
-    const qint32* lcLatitudes = mcLatitudes.data();
-    const qint32* lcLongitudes = mcLongitudes.data();
-    // Some slot's 32-bit difference overflows exactly when one of the table's extremes does.
-    const auto lcLat = std::minmax_element(lcLatitudes, lcLatitudes + llSlots);
-    const auto lcLon = std::minmax_element(lcLongitudes, lcLongitudes + llSlots);
-    if (qint64(vlLatitude) - *lcLat.first > kInt32Max || qint64(vlLatitude) - *lcLat.second < kInt32Min
-        || qint64(vlLongitude) - *lcLon.first > kInt32Max || qint64(vlLongitude) - *lcLon.second < kInt32Min)
-        Err::Raise(VbError::Overflow);
     const double ldLatitude = vlLatitude;
     const double ldLongitude = vlLongitude;
-    for (size_t i = 0; i < llSlots; ++i) {
-        const double ldLat = ldLatitude - lcLatitudes[i];
-        const double ldLon = ldLongitude - lcLongitudes[i];
+    for (size_t i = 0; i <= size_t(mlCount); ++i) {
+        const double ldLat = ldLatitude - mcLatitudes[i];
+        const double ldLon = ldLongitude - mcLongitudes[i];
         const double d = ldLat * ldLat + ldLon * ldLon;
         if (d < ldBest) {
             ldBest = d;

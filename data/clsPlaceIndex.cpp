@@ -9,9 +9,6 @@
 namespace {
 // Wider than the limit's radius (55555.56), so a place within the limit is never two cells away.
 constexpr qint64 kCellSize = 55556;
-// Columns of one row; cells of 32-bit coordinates span about -38700 to 38700.
-constexpr qint64 kColumns = 1 << 17;
-constexpr qint64 kColumnOffset = 1 << 16;
 }
 
 qint64 clsPlaceIndex::Cell(qint32 vlValue)
@@ -20,28 +17,33 @@ qint64 clsPlaceIndex::Cell(qint32 vlValue)
     return llValue >= 0 ? llValue / kCellSize : -((-llValue + kCellSize - 1) / kCellSize);
 }
 
-qint64 clsPlaceIndex::CellKey(qint64 vlRow, qint64 vlColumn)
-{
-    return vlRow * kColumns + vlColumn + kColumnOffset;
-}
-
 void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes)
 {
     const size_t llCount = std::min(vcLatitudes.size(), vcLongitudes.size());
-    std::vector<qint64> lcKeys(llCount);
-    for (size_t i = 0; i < llCount; ++i)
-        lcKeys[i] = CellKey(Cell(vcLatitudes[i]), Cell(vcLongitudes[i]));
     std::vector<qint32> lcOrder(llCount);
     std::iota(lcOrder.begin(), lcOrder.end(), 0);
-    std::stable_sort(lcOrder.begin(), lcOrder.end(), [&](qint32 a, qint32 b) { return lcKeys[size_t(a)] < lcKeys[size_t(b)]; });
+    const auto lcCell = [&](qint32 i) {
+        return std::make_pair(Cell(vcLatitudes[size_t(i)]), Cell(vcLongitudes[size_t(i)]));
+    };
+    std::stable_sort(lcOrder.begin(), lcOrder.end(), [&](qint32 a, qint32 b) { return lcCell(a) < lcCell(b); });
 
-    mcKeys.resize(llCount);
     mcEntries.resize(llCount);
+    mcColumns.resize(llCount);
     for (size_t i = 0; i < llCount; ++i) {
         const size_t llSlot = size_t(lcOrder[i]);
-        mcKeys[i] = lcKeys[llSlot];
         mcEntries[i] = Entry{vcLatitudes[llSlot], vcLongitudes[llSlot], qint32(llSlot)};
+        mcColumns[i] = qint32(Cell(vcLongitudes[llSlot]));
     }
+    // Rows of 32-bit coordinates number at most about 77000, so a row directory stays small.
+    mcRowStart.clear();
+    mlFirstRow = llCount ? Cell(mcEntries.front().latitude) : 0;
+    const qint64 llRows = llCount ? Cell(mcEntries.back().latitude) - mlFirstRow + 1 : 0;
+    mcRowStart.assign(size_t(llRows + 1), 0);
+    for (const Entry& e : mcEntries)
+        ++mcRowStart[size_t(Cell(e.latitude) - mlFirstRow + 1)];
+    for (size_t r = 1; r < mcRowStart.size(); ++r)
+        mcRowStart[r] += mcRowStart[r - 1];
+
     const auto lcLat = std::minmax_element(vcLatitudes.begin(), vcLatitudes.begin() + qint64(llCount));
     const auto lcLon = std::minmax_element(vcLongitudes.begin(), vcLongitudes.begin() + qint64(llCount));
     mlMinLatitude = llCount ? *lcLat.first : 0;
@@ -65,10 +67,13 @@ qint32 clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
     const qint64 llColumn = Cell(vlLongitude);
     double ldBest = kLimit;
     qint32 llBest = -1;
-    for (qint64 llR = llRow - 1; llR <= llRow + 1; ++llR) {
-        const auto lcFirst = std::lower_bound(mcKeys.begin(), mcKeys.end(), CellKey(llR, llColumn - 1));
-        const auto lcLast = std::lower_bound(lcFirst, mcKeys.end(), CellKey(llR, llColumn + 2));
-        for (auto i = size_t(lcFirst - mcKeys.begin()); i < size_t(lcLast - mcKeys.begin()); ++i) {
+    const qint64 llLastRow = mlFirstRow + qint64(mcRowStart.size()) - 2;
+    for (qint64 llR = std::max(llRow - 1, mlFirstRow); llR <= std::min(llRow + 1, llLastRow); ++llR) {
+        const auto lcRowBegin = mcColumns.begin() + mcRowStart[size_t(llR - mlFirstRow)];
+        const auto lcRowEnd = mcColumns.begin() + mcRowStart[size_t(llR - mlFirstRow + 1)];
+        const auto lcFirst = std::lower_bound(lcRowBegin, lcRowEnd, llColumn - 1);
+        const auto lcLast = std::upper_bound(lcFirst, lcRowEnd, llColumn + 1);
+        for (auto i = size_t(lcFirst - mcColumns.begin()); i < size_t(lcLast - mcColumns.begin()); ++i) {
             const Entry& e = mcEntries[i];
             const double ldLat = double(vlLatitude - e.latitude);
             const double ldLon = double(vlLongitude - e.longitude);

@@ -28,11 +28,14 @@ private:
         qint32 slot;
     };
 
-    static qint64 CellKey(qint64 vlRow, qint64 vlColumn);
     static qint64 Cell(qint32 vlValue);
 
-    std::vector<qint64> mcKeys; // sorted; mcEntries[i] lies in cell mcKeys[i]
+    // Sorted by row, then column; mcColumns[i] is the column of mcEntries[i].
     std::vector<Entry> mcEntries;
+    std::vector<qint32> mcColumns;
+    // Entries of row r are mcRowStart[r - mlFirstRow] up to mcRowStart[r - mlFirstRow + 1].
+    std::vector<qint32> mcRowStart;
+    qint64 mlFirstRow = 0;
     qint32 mlMinLatitude = 0;
     qint32 mlMaxLatitude = 0;
     qint32 mlMinLongitude = 0;

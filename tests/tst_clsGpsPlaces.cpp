@@ -185,32 +185,34 @@ void tst_clsGpsPlaces::indexMatchesLinearScan()
     QVERIFY(lcPlaces.Count() > 1000);
     QRandomGenerator lcRandom(20061);
     static const qint32 kEdges[][2] = {{55555, 0}, {0, -55556}, {33333, 44444}, {-44444, 33334}, {0, 0}};
-    int llDifferences = 0;
-    int llFound = 0;
+    std::vector<std::pair<qint32, qint32>> lcPositions;
     for (int i = 0; i < 20000; ++i) {
-        qint32 llLat = 0, llLon = 0;
         // Neighbouring lines of these tables are mostly neighbouring places.
         const qint32 llSlot = qint32(lcRandom.bounded(lcPlaces.Count() - 1));
         const clsGpsPlace a = lcPlaces.Place(llSlot);
         if (i % 2 == 1) {
-            llLat = qint32(lcRandom.bounded(1, 108000000));
-            llLon = qint32(lcRandom.bounded(1, 216000000));
+            lcPositions.emplace_back(qint32(lcRandom.bounded(1, 108000000)), qint32(lcRandom.bounded(1, 216000000)));
         } else if (i % 10 == 0) {
             const auto& e = kEdges[lcRandom.bounded(5)];
-            llLat = a.mlLatitude + e[0];
-            llLon = a.mlLongitude + e[1];
+            lcPositions.emplace_back(a.mlLatitude + e[0], a.mlLongitude + e[1]);
         } else if (i % 10 == 2) {
             const clsGpsPlace b = lcPlaces.Place(llSlot + 1);
-            llLat = qint32((qint64(a.mlLatitude) + b.mlLatitude) / 2);
-            llLon = qint32((qint64(a.mlLongitude) + b.mlLongitude) / 2);
+            lcPositions.emplace_back(qint32((qint64(a.mlLatitude) + b.mlLatitude) / 2),
+                                     qint32((qint64(a.mlLongitude) + b.mlLongitude) / 2));
         } else {
-            llLat = a.mlLatitude + qint32(lcRandom.bounded(-170000, 170000));
-            llLon = a.mlLongitude + qint32(lcRandom.bounded(-170000, 170000));
+            lcPositions.emplace_back(a.mlLatitude + qint32(lcRandom.bounded(-170000, 170000)),
+                                     a.mlLongitude + qint32(lcRandom.bounded(-170000, 170000)));
         }
-        const QString lsIndexed = lcPlaces.searchPosition(llLat, llLon);
+    }
+    int llDifferences = 0;
+    int llFound = 0;
+    for (size_t i = 0; i < lcPositions.size(); ++i) {
+        const auto& p = lcPositions[i];
+        const QString lsIndexed = lcPlaces.searchPosition(p.first, p.second);
         llFound += lsIndexed.isEmpty() ? 0 : 1;
-        if (lsIndexed != lcPlaces.searchPositionLinear(llLat, llLon) && ++llDifferences <= 5)
-            qWarning() << "differs at" << llLat << llLon << lsIndexed;
+        const QString lsScanned = lcPlaces.searchPositionLinear(p.first, p.second);
+        if (lsIndexed != lsScanned && ++llDifferences <= 5)
+            qWarning() << "differs at" << p.first << p.second << lsIndexed << lsScanned;
     }
     QCOMPARE(llDifferences, 0);
     QVERIFY(llFound > 5000);

@@ -1,0 +1,103 @@
+// Place lookup: searches per second through the cell index against the full
+// scan on the world-cities table, and the index's answers compared with the
+// full scan's on a million positions over the US zip-code table.
+//
+//   bench_places [--compare N]   (N positions for the comparison, default 1000000)
+
+#include "data/clsGpsPlaces.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QStringList>
+#include <cstdio>
+#include <vector>
+
+namespace {
+struct Position {
+    qint32 latitude;
+    qint32 longitude;
+};
+
+// Half near a place of the table (some exactly on the limit's edge or
+// half-way between neighbouring lines), half anywhere on earth.
+std::vector<Position> Positions(const clsGpsPlaces& vcPlaces, int vlCount, quint32 vlSeed)
+{
+    QRandomGenerator lcRandom(vlSeed);
+    static const qint32 kEdges[][2] = {{55555, 0}, {0, -55556}, {33333, 44444}, {-44444, 33334}, {0, 0}};
+    std::vector<Position> lcPositions;
+    lcPositions.reserve(size_t(vlCount));
+    for (int i = 0; i < vlCount; ++i) {
+        const qint32 llSlot = qint32(lcRandom.bounded(vcPlaces.Count() - 1));
+        const clsGpsPlace a = vcPlaces.Place(llSlot);
+        if (i % 2 == 1) {
+            lcPositions.push_back({qint32(lcRandom.bounded(1, 108000000)), qint32(lcRandom.bounded(1, 216000000))});
+        } else if (i % 10 == 0) {
+            const auto& e = kEdges[lcRandom.bounded(5)];
+            lcPositions.push_back({a.mlLatitude + e[0], a.mlLongitude + e[1]});
+        } else if (i % 10 == 2) {
+            const clsGpsPlace b = vcPlaces.Place(llSlot + 1);
+            lcPositions.push_back({qint32((qint64(a.mlLatitude) + b.mlLatitude) / 2),
+                                   qint32((qint64(a.mlLongitude) + b.mlLongitude) / 2)});
+        } else {
+            lcPositions.push_back({a.mlLatitude + qint32(lcRandom.bounded(-170000, 170000)),
+                                   a.mlLongitude + qint32(lcRandom.bounded(-170000, 170000))});
+        }
+    }
+    return lcPositions;
+}
+
+template <typename F>
+double PerSecond(const std::vector<Position>& vcPositions, F&& vSearch, qint64& rlFound)
+{
+    QElapsedTimer lcTimer;
+    lcTimer.start();
+    rlFound = 0;
+    for (const Position& p : vcPositions)
+        rlFound += vSearch(p).isEmpty() ? 0 : 1;
+    return double(vcPositions.size()) / (double(lcTimer.nsecsElapsed()) / 1e9);
+}
+}
+
+int main(int argc, char** argv)
+{
+    QCoreApplication lcApp(argc, argv);
+    const QStringList lcArgs = lcApp.arguments();
+    const int llCompareIndex = int(lcArgs.indexOf(QStringLiteral("--compare")));
+    const int llCompare = llCompareIndex > 0 && llCompareIndex + 1 < lcArgs.size() ? lcArgs[llCompareIndex + 1].toInt() : 1000000;
+
+    const QString lsWorld = QStringLiteral(CORVANE_SHARED_DATA "/world-cities.gps");
+    QElapsedTimer lcLoad;
+    lcLoad.start();
+    const clsGpsPlaces lcWorld(lsWorld, nullptr);
+    std::printf("world-cities.gps: %d places, loaded and indexed in %lld ms\n", lcWorld.Count(),
+                qint64(lcLoad.elapsed()));
+    if (lcWorld.Count() < 2)
+        return 1;
+
+    qint64 llFoundIndex = 0, llFoundLinear = 0;
+    const std::vector<Position> lcMany = Positions(lcWorld, 1000000, 1);
+    const double ldIndex = PerSecond(lcMany, [&](const Position& p) { return lcWorld.searchPosition(p.latitude, p.longitude); }, llFoundIndex);
+    const std::vector<Position> lcFew(lcMany.begin(), lcMany.begin() + 2000);
+    const double ldLinear = PerSecond(lcFew, [&](const Position& p) { return lcWorld.searchPositionLinear(p.latitude, p.longitude); }, llFoundLinear);
+    std::printf("index:  %12.0f searches/s (%zu positions, %lld found)\n", ldIndex, lcMany.size(), llFoundIndex);
+    std::printf("linear: %12.0f searches/s (%zu positions, %lld found)\n", ldLinear, lcFew.size(), llFoundLinear);
+    std::printf("index / linear: %.0f times faster\n", ldIndex / ldLinear);
+
+    const clsGpsPlaces lcZip(QStringLiteral(CORVANE_SHARED_DATA "/us-zipcodes.gps"), nullptr);
+    if (lcZip.Count() < 2)
+        return 1;
+    const std::vector<Position> lcCompare = Positions(lcZip, llCompare, 2);
+    QElapsedTimer lcTimer;
+    lcTimer.start();
+    qint64 llDifferences = 0, llFound = 0;
+    for (const Position& p : lcCompare) {
+        const QString lsIndexed = lcZip.searchPosition(p.latitude, p.longitude);
+        llFound += lsIndexed.isEmpty() ? 0 : 1;
+        if (lsIndexed != lcZip.searchPositionLinear(p.latitude, p.longitude))
+            ++llDifferences;
+    }
+    std::printf("us-zipcodes.gps: %d places, %zu positions compared (%lld found) in %.1f s: %lld differences\n",
+                lcZip.Count(), lcCompare.size(), llFound, double(lcTimer.elapsed()) / 1000.0, llDifferences);
+    return llDifferences == 0 ? 0 : 2;
+}
