@@ -137,6 +137,7 @@ void clsApplication::DownloadPages(clsError& rcError)
     lcBig.SetMax(lcInfo.LastPage() + 1);
     lcBig.SetVisible(true);
     lcBig.Reset();
+    // The display's own progress feedback (0x26, 0x27) stays switched off: nothing of it is sent.
     for (qint32 llPage = lcInfo.FirstPage() + 1; llPage <= lcInfo.LastPage(); ++llPage) {
         lcBig.Increment();
         bool lbEmpty = false;

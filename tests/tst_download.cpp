@@ -6,6 +6,9 @@
 #include "link/clsHalvexMsg.h"
 #include "sim/clsSimDataGenerator.h"
 
+#include "platform/Err.h"
+
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -176,6 +179,25 @@ private slots:
         QCOMPARE(r.t.LogLines().last(), QStringLiteral("Finished downloading page 2"));
         QVERIFY(!r.app().CommunicationIsRunning());
         QCOMPARE(r.display.Stats().requests, 9 + 6);
+    }
+
+    // A page file that cannot be written is a run-time error for the caller; the link is given back.
+    void unwritablePageFile()
+    {
+        SimRig r;
+        r.display.SetGeometry(0, 1, 6, 64);
+        r.display.SetPage(1, Pattern(1, 64));
+        QVERIFY(QDir().mkpath(r.app().PageFileName(1)));
+        long llRaised = 0;
+        try {
+            clsError lcError;
+            r.app().DownloadPages(lcError);
+        } catch (const clsRuntimeError& e) {
+            llRaised = e.Number();
+            QVERIFY2(e.Description().contains(QStringLiteral("Page1.DSW")), qPrintable(e.Description()));
+        }
+        QCOMPARE(llRaised, VbError::PathFileAccessError);
+        QVERIFY(!r.app().CommunicationIsRunning());
     }
 
     void invalidId_data()
