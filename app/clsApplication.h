@@ -145,6 +145,10 @@ private:
     // Device link: one attempt of SendAndRetry.
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
+    // After an answer that needed a retry, no request goes out before this time.
+    static constexpr quint32 kSettleMs = 100;
+    bool mbSettle = false;
+    quint32 mlSettleUntil = 0;
 
     // Flash download: one page into its page file.
     void DownloadPage(clsError& rcError, qint32 vlPage, qint32 vlPageSize, qint32 vlMaxData);

@@ -7,6 +7,7 @@
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/ISerialPort.h"
+#include "platform/IEventLoop.h"
 #include "platform/IUserDialogs.h"
 
 clsHalvexMsg& clsApplication::MessageBrooker()
@@ -80,6 +81,11 @@ void clsApplication::SendAndRetry(clsError& rcError, quint8 vbyFunc, const QStri
             mcStatus.SetSmallStatusString(QStringLiteral("Retry ") + QString::number(llRetries));
         }
         if (llRetries < kMaxRetries) {
+            // A display that answered late may still answer the attempts after
+            // the first: give those answers time to arrive before the next
+            // request, so that none is taken for that request's answer.
+            mbSettle = llRetries > 0;
+            mlSettleUntil = EventLoop().timeGetTime() + kSettleMs;
             lbAgain = false;
             continue;
         }
@@ -111,6 +117,9 @@ bool clsApplication::AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                                     const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole)
 {
     clsHalvexMsg& lcMessage = MessageBrooker();
+    while (mbSettle && qint32(EventLoop().timeGetTime() - mlSettleUntil) < 0)
+        EventLoop().WaitForEvents(mlSettleUntil);
+    mbSettle = false;
     qint32 llTimeout = 1000;
     if (!lcMessage.SendAndWait(vbyFunc, vsArguments, llTimeout))
         return false;

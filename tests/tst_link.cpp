@@ -121,6 +121,23 @@ private slots:
         QVERIFY(!r.app().MessageBrooker().ReceiveCSOK());
     }
 
+    // A display that answered late and still heard the retry answers twice;
+    // the second answer arrives while the program waits before its next
+    // request and is not taken for that request's answer.
+    void secondAnswerOfALateDisplayIsNotTaken()
+    {
+        SimRig r;
+        r.display.SetEchoFunction(0x7E);
+        r.display.Faults().LateNext = 1;
+        r.display.Faults().LateKeepsListening = true;
+        clsError lcError;
+        r.app().SendAndRetry(lcError, 0x7E, QStringLiteral("0x01"));
+        r.app().SendAndRetry(lcError, 0x7E, QStringLiteral("0x02"));
+        QVERIFY(!lcError.IsError());
+        QCOMPARE(r.app().MessageBrooker().ReceiveArguments(0), quint8(2));
+        QCOMPARE(r.display.Stats().requests, 3);
+    }
+
     // An answer ending in a zero checksum leaves the receiver waiting for the
     // meaning of that zero; the display's 0x01 after it settles it, without
     // it the next answer is garbled and only a retry gets it.

@@ -35,6 +35,7 @@ private slots:
         QTest::addColumn<QString>("faults");
         QTest::newRow("drop, corrupt, late at 1/100") << "drop=0.01,corrupt=0.01,late=0.01";
         QTest::newRow("corrupt at 5/100") << "corrupt=0.05";
+        QTest::newRow("late at 1/100, display still hears the retry") << "late=0.01,late-listening";
     }
     void seededDownloadsUnderFaults()
     {
