@@ -6,6 +6,7 @@
 #include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsSettings.h"
+#include "data/clsFlashMemInfo.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
@@ -136,10 +137,18 @@ void tst_SimE2E::ReadsIdMemoryInfoAndAPageOfTheImage()
     QCOMPARE(lcHost.app->GetDallesID(lcError), QStringLiteral("12.0.34.5.6.7.8.9."));
     QVERIFY(!lcError.IsError());
 
-    clsHalvexMsg& lcMsg = lcHost.app->MessageBrooker();
-    lcHost.app->SendAndRetry(lcError, 0x36, QString());
+    clsFlashMemInfo lcInfo;
+    lcHost.app->GetMemoryInfo(lcError, lcInfo);
     QVERIFY(!lcError.IsError());
-    QCOMPARE(ReplyBytes(lcMsg, 0, 4), QByteArray::fromHex("00030a64"));
+    QCOMPARE(QList<qint32>({lcInfo.FirstPage(), lcInfo.LastPage(), lcInfo.SizeOnePage(), lcInfo.MaxDataOneMessage()}),
+             QList<qint32>({0, 3, 10, 100}));
+    bool lbEmpty = true;
+    lcHost.app->IsPageEmpty(lcError, 1, lbEmpty);
+    QVERIFY(!lbEmpty);
+    lcHost.app->IsPageEmpty(lcError, 3, lbEmpty);
+    QVERIFY(lbEmpty);
+
+    clsHalvexMsg& lcMsg = lcHost.app->MessageBrooker();
 
     // Page 1 as the download reads it: ten parts of 100 bytes and the remainder of 24.
     QByteArray lcPage;
@@ -173,21 +182,17 @@ void tst_SimE2E::PulledCableEndsInTheRetryDialogue()
     const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
     const QString lsLog = lcDir.filePath(QStringLiteral("frames.log"));
     QProcess lcSim;
-    const QString lsPty = StartSimulator(lcSim, {"--generate", "--days", "3", "--link", lsLink, "--unplug-after", "3", "--log", lsLog});
+    // ID, memory map, state of page 1, two reads of page 1: then the cable comes out.
+    const QString lsPty = StartSimulator(lcSim, {"--generate", "--days", "10", "--link", lsLink, "--unplug-after", "5",
+                                                 "--log", lsLog});
     QVERIFY2(!lsPty.isEmpty(), "the simulator did not start");
 
     clsPtyApp lcHost;
     lcHost.app->Settings().SetPortPath(lsLink);
     lcHost.app->ApplyPortSettings();
-    lcHost.app->SetCommunicationIsRunning(true);
     lcHost.dialogs.answers.enqueue(MsgResult::Cancel);
     clsError lcError;
-    QVERIFY(!lcHost.app->GetDallesID(lcError).isEmpty());
-    lcHost.app->SendAndRetry(lcError, 0x36, QString());
-    lcHost.app->SendAndRetry(lcError, 0x38, QStringLiteral("0x01"));
-    QVERIFY2(!lcError.IsError(), qPrintable(lcHost.LogLines().join('\n')));
-    // The third answer was the last: the cable is out before the first read.
-    lcHost.app->SendAndRetry(lcError, 0x34, QStringLiteral("0x01,0x00,0x00,0x78"));
+    lcHost.app->DownloadPages(lcError);
 
     QVERIFY(lcError.IsError());
     QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
@@ -199,19 +204,23 @@ void tst_SimE2E::PulledCableEndsInTheRetryDialogue()
     const QStringList lcLost = lcHost.LogLines().filter(QStringLiteral("ERROR Serial port "));
     QCOMPARE(lcLost.size(), 1);
     QVERIFY2(lcLost.first().contains(QStringLiteral(" lost: ")), qPrintable(lcLost.first()));
+    // The page cut short leaves no file behind.
+    QVERIFY(!QFile::exists(lcHost.app->PageFileName(1)));
+    QVERIFY(!lcHost.app->CommunicationIsRunning());
 
     // The simulator leaves by itself once the cable is out.
     QVERIFY(lcSim.state() == QProcess::NotRunning || lcSim.waitForFinished(3000));
     QCOMPARE(lcSim.exitCode(), 0);
 
-    // The frame log: three requests, three answers, then the pulled cable.
+    // The frame log: five requests, five answers, then the pulled cable.
     QFile lcLog(lsLog);
     QVERIFY(lcLog.open(QIODevice::ReadOnly));
     const QStringList lcLines = QString::fromLatin1(lcLog.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(lcLines.size(), 7);
+    QCOMPARE(lcLines.size(), 11);
     QVERIFY2(lcLines[0].endsWith(QStringLiteral(" in  00 00 66 01 07 ce ae")), qPrintable(lcLines[0]));
     QVERIFY2(lcLines[5].contains(QStringLiteral(" out 00 00 01 66 08 38 02 ")), qPrintable(lcLines[5]));
-    QCOMPARE(lcLines[6], QStringLiteral("cable pulled"));
+    QVERIFY2(lcLines[8].contains(QStringLiteral(" in  00 00 66 01 0c 34 01 00 01 78 78 ")), qPrintable(lcLines[8]));
+    QCOMPARE(lcLines[10], QStringLiteral("cable pulled"));
 }
 
 void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
