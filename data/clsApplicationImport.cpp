@@ -360,9 +360,15 @@ void clsApplication::ProcessInformation(clsError& rcError)
 
 // The places the route points pass, each once in a row, handed to the next
 // trip; a point with no place near enough is named by its coordinates.
+// The window runs this step on its own ("Show route"), so it keeps its
+// run-time errors (a place table far off) in the error value itself.
 void clsApplication::CaluclateRoutePostcodes(clsError& rcError)
 {
-    Q_UNUSED(rcError);
+    RunStep(rcError, [&] { CollectRoutes(); });
+}
+
+void clsApplication::CollectRoutes()
+{
     mcStatus.SetStatusString(QStringLiteral("Processing route information"));
     clsGpsPlaces& rcPlaces = GpsPlaces();
     clsProgressBarInfo& rcBar = mcStatus.BigProgressBarInfo();
@@ -395,9 +401,15 @@ void clsApplication::CaluclateRoutePostcodes(clsError& rcError)
 
 // The grid gets every valid record that a ticked selection box belongs to;
 // the route column is filled while "Show route" is ticked.
+// The window refills the grid with it alone too, so like the route step it
+// keeps its run-time errors in the error value.
 void clsApplication::ShowRecords(clsError& rcError)
 {
-    Q_UNUSED(rcError);
+    RunStep(rcError, [&] { FillGrid(); });
+}
+
+void clsApplication::FillGrid()
+{
     GpsPlaces();
     clsProgressBarInfo& rcBar = mcStatus.SmallProgressBarInfo();
     ShowBar(rcBar, 1, mcRecords->Count() + 1);
