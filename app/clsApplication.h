@@ -150,6 +150,9 @@ private:
     void DownloadPage(clsError& rcError, qint32 vlPage, qint32 vlPageSize, qint32 vlMaxData);
     // Erase: the memory map and the page loop of ClearFlash.
     void ErasePages(clsError& rcError);
+    // Record pipeline: the bodies of the two steps the window also runs alone.
+    void CollectRoutes();
+    void FillGrid();
 
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();

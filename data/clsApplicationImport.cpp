@@ -106,6 +106,34 @@ private:
     qint64 mlLine = 0;
 };
 
+// Appends the valid records of one page file to the collection, then deletes
+// the file. A read error leaves the file where it is.
+template <typename F>
+void DecodePageFile(const QString& vsFile, qint32 vlPageSize, clsRecordCollection& rcRecords,
+                    clsProgressBarInfo& rcBar, F&& vRecordAdded)
+{
+    QFile lcFile(vsFile);
+    if (!lcFile.open(QIODevice::ReadOnly))
+        RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
+    PageValues lcValues(lcFile.readAll(), vsFile);
+    lcFile.close();
+    auto lcRecord = std::make_unique<clsHalvexRecord>();
+    clsHalvexRecord::Bytes lcBytes;
+    for (qint32 llLeft = vlPageSize; llLeft / clsHalvexRecord::kSize >= 1; llLeft -= clsHalvexRecord::kSize) {
+        for (quint8& rbyValue : lcBytes)
+            rbyValue = lcValues.Next();
+        lcRecord->DeCodeData(lcBytes);
+        if (lcRecord->IsValid()) {
+            rcRecords.Add(std::move(lcRecord));
+            lcRecord = std::make_unique<clsHalvexRecord>();
+            vRecordAdded();
+        }
+        rcBar.Increment();
+    }
+    if (!QFile::remove(vsFile))
+        RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
+}
+
 // Steps 4 to 9 of the import, the same after a download and after an offline decode.
 void ProcessDecodedRecords(clsApplication& rcApp, clsError& rcError)
 {
@@ -169,38 +197,22 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
     rcSmall.Reset();
     const qint32 llPageSize = ToLong(ldPageSize);
 
-    auto lcRecord = std::make_unique<clsHalvexRecord>();
-    clsHalvexRecord::Bytes lcBytes;
+    // The window stays responsive; asking it after every one of a display's
+    // 700000 records would cost more than the decoding.
     IEventLoop& rcLoop = *mcPlatform.EventLoop;
     quint32 llEventsRun = rcLoop.timeGetTime() - kEventInterval;
+    const auto lcRecordAdded = [&rcLoop, &llEventsRun]() {
+        if (rcLoop.timeGetTime() - llEventsRun < kEventInterval)
+            return;
+        rcLoop.DoEvents();
+        llEventsRun = rcLoop.timeGetTime();
+    };
     for (qint32 llPage = vcInfo.FirstPage(); llPage <= vcInfo.LastPage(); ++llPage) {
         const QString lsFile = PageFileName(llPage);
         if (Logger().CheckFileExists(lsFile)) {
             rcSmall.SetVisible(true);
             rcSmall.Reset();
-            QFile lcFile(lsFile);
-            if (!lcFile.open(QIODevice::ReadOnly))
-                RaiseInFile(VbError::PathFileAccessError, lsFile, 0);
-            PageValues lcValues(lcFile.readAll(), lsFile);
-            lcFile.close();
-            for (qint32 llLeft = llPageSize; llLeft / clsHalvexRecord::kSize >= 1; llLeft -= clsHalvexRecord::kSize) {
-                for (quint8& rbyValue : lcBytes)
-                    rbyValue = lcValues.Next();
-                lcRecord->DeCodeData(lcBytes);
-                if (lcRecord->IsValid()) {
-                    mcRecords->Add(std::move(lcRecord));
-                    lcRecord = std::make_unique<clsHalvexRecord>();
-                    // The window stays responsive; asking it after every one of a
-                    // display's 700000 records would cost more than the decoding.
-                    if (rcLoop.timeGetTime() - llEventsRun >= kEventInterval) {
-                        rcLoop.DoEvents();
-                        llEventsRun = rcLoop.timeGetTime();
-                    }
-                }
-                rcSmall.Increment();
-            }
-            if (!QFile::remove(lsFile))
-                RaiseInFile(VbError::PathFileAccessError, lsFile, 0);
+            DecodePageFile(lsFile, llPageSize, *mcRecords, rcSmall, lcRecordAdded);
             rcSmall.SetVisible(false);
         }
         rcBig.Increment();
@@ -360,9 +372,15 @@ void clsApplication::ProcessInformation(clsError& rcError)
 
 // The places the route points pass, each once in a row, handed to the next
 // trip; a point with no place near enough is named by its coordinates.
+// The window runs this step on its own ("Show route"), so it keeps its
+// run-time errors (a place table far off) in the error value itself.
 void clsApplication::CaluclateRoutePostcodes(clsError& rcError)
 {
-    Q_UNUSED(rcError);
+    RunStep(rcError, [&] { CollectRoutes(); });
+}
+
+void clsApplication::CollectRoutes()
+{
     mcStatus.SetStatusString(QStringLiteral("Processing route information"));
     clsGpsPlaces& rcPlaces = GpsPlaces();
     clsProgressBarInfo& rcBar = mcStatus.BigProgressBarInfo();
@@ -395,9 +413,15 @@ void clsApplication::CaluclateRoutePostcodes(clsError& rcError)
 
 // The grid gets every valid record that a ticked selection box belongs to;
 // the route column is filled while "Show route" is ticked.
+// The window refills the grid with it alone too, so like the route step it
+// keeps its run-time errors in the error value.
 void clsApplication::ShowRecords(clsError& rcError)
 {
-    Q_UNUSED(rcError);
+    RunStep(rcError, [&] { FillGrid(); });
+}
+
+void clsApplication::FillGrid()
+{
     GpsPlaces();
     clsProgressBarInfo& rcBar = mcStatus.SmallProgressBarInfo();
     ShowBar(rcBar, 1, mcRecords->Count() + 1);

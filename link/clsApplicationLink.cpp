@@ -114,18 +114,17 @@ bool clsApplication::AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
     qint32 llTimeout = 1000;
     if (!lcMessage.SendAndWait(vbyFunc, vsArguments, llTimeout))
         return false;
-    const QString lsFunc = clsHalvexMsg::ByteToHexArgument(vbyFunc);
-    if (!lcMessage.ReceiveCSOK()) {
-        if (mcLogger)
-            mcLogger->AddWarningToLog(QStringLiteral("Answer to function ") + lsFunc + QStringLiteral(" has a wrong checksum"));
-        return false;
-    }
-    if (vAnswerIsWhole && !vAnswerIsWhole(lcMessage)) {
-        if (mcLogger)
-            mcLogger->AddWarningToLog(QStringLiteral("Answer to function ") + lsFunc + QStringLiteral(" is incomplete"));
-        return false;
-    }
-    return true;
+    QString lsFault;
+    if (!lcMessage.ReceiveCSOK())
+        lsFault = QStringLiteral(" has a wrong checksum");
+    else if (vAnswerIsWhole && !vAnswerIsWhole(lcMessage))
+        lsFault = QStringLiteral(" is incomplete");
+    if (lsFault.isEmpty())
+        return true;
+    if (mcLogger)
+        mcLogger->AddWarningToLog(QStringLiteral("Answer to function ") + clsHalvexMsg::ByteToHexArgument(vbyFunc) +
+                                  lsFault);
+    return false;
 }
 
 QString clsApplication::GetDallesID(clsError& rcError)

@@ -80,7 +80,10 @@ bool clsSimSerialPort::Output(const QByteArray& vcData)
         // rounded up: a reply never arrives before its last byte could have
         const quint32 llDelayMs = quint32((llDone - llNow + 999) / 1000);
         const QByteArray lcBytes = lcReply.bytes;
-        mSchedule(llDelayMs, [this, lcBytes]() { Deliver(lcBytes); });
+        mSchedule(llDelayMs, [this, lcAlive = std::weak_ptr<bool>(mcAlive), lcBytes]() {
+            if (!lcAlive.expired())
+                Deliver(lcBytes);
+        });
     }
     return true;
 }

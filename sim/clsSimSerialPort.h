@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 #include <functional>
+#include <memory>
 
 class QObject;
 class VirtualClock;
@@ -59,6 +60,8 @@ private:
     void Deliver(const QByteArray& vcBytes);
 
     clsSimDisplay& mrDisplay;
+    // Answers still on the line when the port goes are dropped, not delivered to it.
+    std::shared_ptr<bool> mcAlive = std::make_shared<bool>(true);
     Clock mClock;
     Scheduler mSchedule;
     qint32 mlBaudRate;

@@ -1,4 +1,5 @@
 #include "support/SimRig.h"
+#include "platform/Err.h"
 #include "sim/clsSimDataGenerator.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
@@ -64,6 +65,7 @@ private slots:
     void emptyDisplay();
     void malformedPageFileEndsTheImport_data();
     void malformedPageFileEndsTheImport();
+    void farPlaceTableValueIsAnOverflowNotACrash();
     void gridFollowsTheSelection_data();
     void gridFollowsTheSelection();
 
@@ -253,6 +255,29 @@ void tst_RecordPipeline::malformedPageFileEndsTheImport()
     QCOMPARE(a.app->DataSaved(), true);
     a.app->HandleError(lcError);
     QCOMPARE(a.window.LastStatus(), description.arg(lsFile).left(90).trimmed());
+}
+
+// A table value so far off that the lookup's 32-bit difference overflows
+// ends the import with the run-time error; the grid step alone reports it too.
+void tst_RecordPipeline::farPlaceTableValueIsAnOverflowNotACrash()
+{
+    TestApp a;
+    QFile lcTable(a.Home() + QStringLiteral("postcode.gps"));
+    QVERIFY(lcTable.open(QIODevice::WriteOnly));
+    lcTable.write("-2000000000;1;far away\r\n");
+    lcTable.close();
+    Bytes lcRoute = Record(6, 100);
+    lcRoute[13] = 0x10; // longitude 268435457, 2268435457 from the table's value
+    WritePage(a, 1, PageText({lcRoute, Record(2, 200)}));
+    clsError lcError;
+    a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
+    QCOMPARE(lcError.Description(), QStringLiteral("Overflow"));
+    QCOMPARE(a.app->Records().Count(), 2);
+    QVERIFY(a.window.gridRows.isEmpty());
+    lcError.Clear();
+    a.app->Selection().cheDebugRoute = true;
+    a.app->ShowRecords(lcError);
+    QCOMPARE(lcError.Error(), qint32(VbError::Overflow));
 }
 
 void tst_RecordPipeline::gridFollowsTheSelection_data()

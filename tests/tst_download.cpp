@@ -224,7 +224,8 @@ private slots:
     {
         SimRig r;
         QString lsError;
-        clsSimDataGenerator lcGenerator(clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
+        clsSimDataGenerator lcGenerator(
+            clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
         QVERIFY2(lsError.isEmpty(), qPrintable(lsError));
         QByteArray lcFlash = r.display.Flash();
         clsSimDataGenerator::WriteLog(lcFlash, lcGenerator.Generate(7, 30), 0, 63, 8);

@@ -136,6 +136,25 @@ private slots:
         QCOMPARE(mcSent.size(), 0);
     }
 
+    // Page, address bytes, count, then the data from the start index; no answer
+    // within a second is a failed write.
+    void flashData()
+    {
+        auto lcMessage = NewMessage();
+        const QByteArray lcData = Hex("AA BB 00 05");
+        const quint32 llStart = mcClock.timeGetTime();
+        QVERIFY(!lcMessage->SendFlashData(2, 0x00, 0x10, 3, 1, lcData));
+        QCOMPARE(mcClock.timeGetTime() - llStart, quint32(1000));
+        QCOMPARE(mcSent.value(0).toHex(' '), Hex("00 00 66 01 10 33 02 00 01 10 03 BB 00 01 05 EB").toHex(' '));
+        long llRaised = 0;
+        try {
+            lcMessage->SendFlashData(256, 0, 0, 1, 0, lcData);
+        } catch (const clsRuntimeError& e) {
+            llRaised = e.Number();
+        }
+        QCOMPARE(llRaised, VbError::Overflow);
+    }
+
     void removeArgument()
     {
         auto lcMessage = NewMessage();

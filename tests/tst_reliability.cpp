@@ -46,7 +46,8 @@ private slots:
         clsSimDataGenerator lcGenerator(
             clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
         QVERIFY2(lsError.isEmpty(), qPrintable(lsError));
-        int llComplete = 0, llStopped = 0, llSilent = 0, llRetries = 0, llWarnings = 0, llIncomplete = 0, llRequests = 0;
+        int llComplete = 0, llStopped = 0, llSilent = 0, llRetries = 0;
+        int llWarnings = 0, llIncomplete = 0, llRequests = 0;
         clsSimDisplay::Statistics lcInjected;
         QElapsedTimer lcReal;
         lcReal.start();
@@ -93,7 +94,8 @@ private slots:
             lcInjected.late += r.display.Stats().late;
         }
         qInfo("%s: %d runs, %d complete, %d stopped with an error, %d silent corruptions; "
-              "%d requests, injected %d dropped / %d corrupted / %d late, %d retries, %d warnings (%d of them incomplete answers); %lld ms",
+              "%d requests, injected %d dropped / %d corrupted / %d late, %d retries, "
+              "%d warnings (%d of them incomplete answers); %lld ms",
               qPrintable(faults), llRuns, llComplete, llStopped, llSilent, llRequests, lcInjected.dropped,
               lcInjected.corrupted, lcInjected.late, llRetries, llWarnings, llIncomplete, qint64(lcReal.elapsed()));
         QCOMPARE(llSilent, 0);
