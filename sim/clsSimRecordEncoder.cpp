@@ -20,14 +20,22 @@ void Put31(clsSimRecordEncoder::Bytes& rcBytes, int vlOffset, quint32 vlValue)
 
 } // namespace
 
+// Each part is cut to its bits, so a time or date the display could not hold
+// still packs into sixteen bits (an unset one gives 0 parts).
 quint16 clsSimRecordEncoder::PackTime(const QTime& vcTime)
 {
-    return quint16((vcTime.hour() << 11) | (vcTime.minute() << 5) | (vcTime.second() / 2));
+    if (!vcTime.isValid())
+        return 0;
+    return quint16(((unsigned(vcTime.hour()) & 0x1F) << 11) | ((unsigned(vcTime.minute()) & 0x3F) << 5) |
+                   (unsigned(vcTime.second() / 2) & 0x1F));
 }
 
 quint16 clsSimRecordEncoder::PackDate(const QDate& vcDate)
 {
-    return quint16(((vcDate.year() - 2000) << 9) | (vcDate.month() << 5) | vcDate.day());
+    if (!vcDate.isValid())
+        return 0;
+    return quint16(((unsigned(vcDate.year() - 2000) & 0x7F) << 9) | ((unsigned(vcDate.month()) & 0x0F) << 5) |
+                   (unsigned(vcDate.day()) & 0x1F));
 }
 
 quint32 clsSimRecordEncoder::EncodeLatitude(double vdDegrees)

@@ -73,7 +73,7 @@ void tst_SimBootloader::SampleFirmwareFileIsAcceptedLineByLine()
         if (lcLine.isEmpty())
             continue;
         const QByteArray lcBytes = QByteArray::fromHex(lcLine);
-        if (lcBytes[4] == 0 && lcBytes[0] == ':')
+        if (lcBytes.startsWith(':') && lcBytes.size() > 5 && lcBytes[4] == 0)
             lcProgram += lcBytes.mid(5, quint8(lcBytes[1]));
         lcAnswers << QString::fromLatin1(lcBoot.Receive(lcBytes)).trimmed();
     }

@@ -1,0 +1,316 @@
+#include "cli/clsCliOptions.h"
+
+#include <QSet>
+
+namespace {
+const QSet<QString> kValueOptions = {
+    QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--port"), QStringLiteral("--show"),
+    QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"),
+};
+const QSet<QString> kCommonOptions = {
+    QStringLiteral("--port"), QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--yes"),
+    QStringLiteral("--no"), QStringLiteral("--simulate"), QStringLiteral("-v"), QStringLiteral("--verbose"),
+};
+const QSet<QString> kSaveOptions = {
+    QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--print"), QStringLiteral("--show"),
+};
+// No display takes part in a decode, and it runs in a home of its own (the
+// page files are copied there), so the options that choose either are refused.
+const QSet<QString> kNotForDecode = {QStringLiteral("--port"), QStringLiteral("--simulate"), QStringLiteral("--home")};
+
+const QString kPortHelp = QStringLiteral(
+    "  --port P        the display's serial port: a number (1 is the first port) or a\n"
+    "                  device path such as /dev/ttyUSB0; remembered in kvtDsw.ini\n"
+    "  --home DIR      the program's directory: kvtDsw.ini, kvtDsw.log, page files\n");
+const QString kQuestionHelp = QStringLiteral(
+    "  --places FILE   the place table instead of postcode.gps\n"
+    "  --yes, --no     the answer to every question; without them a terminal is\n"
+    "                  asked, and a run without a terminal stops at the first question\n");
+const QString kSimulateHelp = QStringLiteral(
+    "  --simulate      use the built-in simulated display full of generated trips\n");
+const QString kVerboseHelp = QStringLiteral(
+    "  -v, --verbose   also show the log lines on stderr\n"
+    "  --help          this text\n");
+const QString kCommonHelp = QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kSimulateHelp + kVerboseHelp;
+
+const QString kSaveHelp = QStringLiteral(
+    "  -o FILE         save the records as a tab-delimited text file\n"
+    "  --print         print the table (header and shown rows, tab-separated) on stdout\n"
+    "  --show KINDS    the kinds of record the table shows, comma-separated, from\n"
+    "                  route, police, tank, tc, dbg-route, dbg-km, all, none\n"
+    "                  (default: route,police,tank,tc)\n");
+}
+
+QString clsCliOptions::CommandName(Command vCommand)
+{
+    switch (vCommand) {
+    case Command::Download:
+        return QStringLiteral("download");
+    case Command::Erase:
+        return QStringLiteral("erase");
+    case Command::Decode:
+        return QStringLiteral("decode");
+    case Command::Id:
+        return QStringLiteral("id");
+    case Command::None:
+        break;
+    }
+    return QString();
+}
+
+QString clsCliOptions::ProgramHelp()
+{
+    return QStringLiteral(
+               "Usage: corvane COMMAND [OPTIONS]\n"
+               "Corvane Desktop on the command line: copy the logged trips and alarms out of a\n"
+               "KVT Memory Display, save them as a tab-delimited file, erase the display.\n"
+               "\n"
+               "Commands:\n"
+               "  download   copy the logged data from the display and save it (-o FILE)\n"
+               "  erase      erase the logged data in the display\n"
+               "  decode     decode page files saved earlier (--geometry FIRST,LAST,SIZELOG2 DIR)\n"
+               "  id         show the display's ID\n")
+        + kCommonHelp
+        + QStringLiteral("  --version       the program's version\n"
+                         "\n"
+                         "\"corvane COMMAND --help\" describes one command.\n"
+                         "Exit status: 0 done, 1 an error (its text on stderr), 2 bad usage or a\n"
+                         "question that nobody could answer.\n");
+}
+
+QString clsCliOptions::CommandHelp(Command vCommand)
+{
+    switch (vCommand) {
+    case Command::Download:
+        return QStringLiteral("Usage: corvane download [-o FILE] [--print] [--show KINDS] [OPTIONS]\n"
+                              "Copies the logged data from the display, decodes it and saves it as a\n"
+                              "tab-delimited text file.\n\n"
+                              "Options:\n")
+            + kSaveHelp + kCommonHelp;
+    case Command::Erase:
+        return QStringLiteral("Usage: corvane erase [OPTIONS]\n"
+                              "Erases the route logging and PoliceCheck data in the display, after asking.\n\n")
+            + kCommonHelp;
+    case Command::Decode:
+        return QStringLiteral("Usage: corvane decode --geometry FIRST,LAST,SIZELOG2 [-o FILE] [--print] DIR\n"
+                              "Decodes the page files (PageN.DSW) that an earlier download left in DIR.\n"
+                              "They are copied to a temporary home first, so DIR is not changed. The\n"
+                              "geometry is the display's: its first and last logging page and the base-2\n"
+                              "logarithm of its page size.\n\n"
+                              "Options:\n"
+                              "  --geometry FIRST,LAST,SIZELOG2   the flash geometry of the display\n")
+            + kSaveHelp + kQuestionHelp + kVerboseHelp;
+    case Command::Id:
+        return QStringLiteral("Usage: corvane id [OPTIONS]\n"
+                              "Shows the ID of the connected display.\n\n")
+            + kCommonHelp;
+    case Command::None:
+        break;
+    }
+    return ProgramHelp();
+}
+
+QString clsCliOptions::HelpText() const
+{
+    return CommandHelp(mCommand);
+}
+
+bool clsCliOptions::Refuse(const QString& vsWhy)
+{
+    if (msUsageError.isEmpty())
+        msUsageError = vsWhy;
+    return false;
+}
+
+clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
+{
+    struct Given {
+        QString name;
+        QString value;
+    };
+    QList<Given> lcGiven;
+    bool lbHelp = false;
+    bool lbVersion = false;
+    bool lbOptionsEnded = false;
+    for (int i = 0; i < vcArguments.size(); ++i) {
+        const QString& lsArgument = vcArguments[i];
+        const bool lbOption = !lbOptionsEnded && lsArgument.startsWith(QLatin1Char('-')) && lsArgument.size() > 1;
+        if (!lbOptionsEnded && lsArgument == QLatin1String("--")) {
+            lbOptionsEnded = true;
+        } else if (lbOption) {
+            QString lsName = lsArgument;
+            QString lsValue;
+            const int llEquals = lsArgument.indexOf(QLatin1Char('='));
+            const bool lbInline = lsArgument.startsWith(QLatin1String("--")) && llEquals > 0;
+            if (lbInline) {
+                lsName = lsArgument.left(llEquals);
+                lsValue = lsArgument.mid(llEquals + 1);
+            }
+            if (lsName == QLatin1String("--help") || lsName == QLatin1String("-h")) {
+                lbHelp = true;
+                continue;
+            }
+            if (lsName == QLatin1String("--version")) {
+                lbVersion = true;
+                continue;
+            }
+            if (kValueOptions.contains(lsName) && !lbInline) {
+                if (i + 1 >= vcArguments.size()) {
+                    Refuse(lsName + QStringLiteral(" needs a value"));
+                    break;
+                }
+                lsValue = vcArguments[++i];
+            } else if (!kValueOptions.contains(lsName) && lbInline) {
+                Refuse(lsName + QStringLiteral(" takes no value"));
+                break;
+            }
+            lcGiven.append({lsName, lsValue});
+        } else if (mCommand == Command::None) {
+            for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id}) {
+                if (CommandName(lcCommand) == lsArgument)
+                    mCommand = lcCommand;
+            }
+            if (mCommand == Command::None) {
+                Refuse(QStringLiteral("unknown command \"") + lsArgument + QStringLiteral("\""));
+                break;
+            }
+        } else if (mCommand == Command::Decode && msDecodeDirectory.isEmpty()) {
+            msDecodeDirectory = lsArgument;
+        } else {
+            Refuse(QStringLiteral("unexpected argument \"") + lsArgument + QStringLiteral("\""));
+            break;
+        }
+    }
+    if (lbHelp && msUsageError.isEmpty())
+        return Outcome::Help;
+    if (lbVersion && msUsageError.isEmpty() && mCommand == Command::None && lcGiven.isEmpty())
+        return Outcome::Version;
+    if (!msUsageError.isEmpty())
+        return Outcome::BadUsage;
+    if (mCommand == Command::None) {
+        Refuse(QStringLiteral("no command given"));
+        return Outcome::BadUsage;
+    }
+    for (const Given& lcOption : lcGiven) {
+        if (!TakeOption(lcOption.name, lcOption.value))
+            return Outcome::BadUsage;
+    }
+    return CheckComplete() ? Outcome::Run : Outcome::BadUsage;
+}
+
+bool clsCliOptions::Accepts(const QString& vsName) const
+{
+    if (mCommand == Command::Decode)
+        return vsName == QLatin1String("--geometry") || kSaveOptions.contains(vsName)
+            || (kCommonOptions.contains(vsName) && !kNotForDecode.contains(vsName));
+    if (mCommand == Command::Download)
+        return kSaveOptions.contains(vsName) || kCommonOptions.contains(vsName);
+    return kCommonOptions.contains(vsName);
+}
+
+bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
+{
+    if (!kValueOptions.contains(vsName) && !kCommonOptions.contains(vsName) && !kSaveOptions.contains(vsName))
+        return Refuse(QStringLiteral("unknown option ") + vsName);
+    if (!Accepts(vsName))
+        return Refuse(vsName + QStringLiteral(" does not go with ") + CommandName(mCommand));
+    if (kValueOptions.contains(vsName) && vsValue.isEmpty())
+        return Refuse(vsName + QStringLiteral(" needs a value"));
+    if (vsName == QLatin1String("-o") || vsName == QLatin1String("--output"))
+        msOutput = vsValue;
+    else if (vsName == QLatin1String("--port"))
+        return SetPort(vsValue);
+    else if (vsName == QLatin1String("--home"))
+        msHome = vsValue;
+    else if (vsName == QLatin1String("--places"))
+        msPlaces = vsValue;
+    else if (vsName == QLatin1String("--show"))
+        return SetShow(vsValue);
+    else if (vsName == QLatin1String("--geometry"))
+        return SetGeometry(vsValue);
+    else if (vsName == QLatin1String("--print"))
+        mbPrint = true;
+    else if (vsName == QLatin1String("--simulate"))
+        mbSimulate = true;
+    else if (vsName == QLatin1String("-v") || vsName == QLatin1String("--verbose"))
+        mbVerbose = true;
+    else if (vsName == QLatin1String("--yes") || vsName == QLatin1String("--no")) {
+        const Answer lcAnswer = vsName == QLatin1String("--yes") ? Answer::Yes : Answer::No;
+        if (mAnswer != Answer::Ask && mAnswer != lcAnswer)
+            return Refuse(QStringLiteral("--yes and --no exclude each other"));
+        mAnswer = lcAnswer;
+    }
+    return true;
+}
+
+// A number is a port number from 1 on; anything else is a device name or path.
+bool clsCliOptions::SetPort(const QString& vsPort)
+{
+    bool lbNumber = false;
+    const int llNumber = vsPort.toInt(&lbNumber);
+    if (lbNumber && llNumber < 1)
+        return Refuse(QStringLiteral("--port ") + vsPort + QStringLiteral(": port numbers start at 1"));
+    msPort = vsPort;
+    return true;
+}
+
+bool clsCliOptions::SetShow(const QString& vsKinds)
+{
+    clsRecordSelection lcSelection;
+    lcSelection.cheRitRegistratie = lcSelection.chePoliceCheck = lcSelection.cheRitRegistratieTankstop
+        = lcSelection.chePoliceCheckTc = lcSelection.cheDebugRoute = lcSelection.cheDebugKmCorrection = false;
+    for (const QString& lsKind : vsKinds.split(QLatin1Char(','))) {
+        const QString lsName = lsKind.trimmed().toLower();
+        const bool lbAll = lsName == QLatin1String("all");
+        if (lsName == QLatin1String("none"))
+            continue;
+        bool lbKnown = lbAll;
+        const auto lcTick = [&](const char* vsKind, bool& rbBox) {
+            if (lbAll || lsName == QLatin1String(vsKind)) {
+                rbBox = true;
+                lbKnown = true;
+            }
+        };
+        lcTick("route", lcSelection.cheRitRegistratie);
+        lcTick("police", lcSelection.chePoliceCheck);
+        lcTick("tank", lcSelection.cheRitRegistratieTankstop);
+        lcTick("tc", lcSelection.chePoliceCheckTc);
+        lcTick("dbg-route", lcSelection.cheDebugRoute);
+        lcTick("dbg-km", lcSelection.cheDebugKmCorrection);
+        if (!lbKnown)
+            return Refuse(QStringLiteral("unknown kind \"") + lsKind
+                          + QStringLiteral("\" for --show (route, police, tank, tc, dbg-route, dbg-km, all, none)"));
+    }
+    mcSelection = lcSelection;
+    return true;
+}
+
+bool clsCliOptions::SetGeometry(const QString& vsGeometry)
+{
+    const QStringList lcParts = vsGeometry.split(QLatin1Char(','));
+    bool lbOk = lcParts.size() == 3;
+    qint32 llValues[3] = {};
+    for (int i = 0; lbOk && i < 3; ++i)
+        llValues[i] = lcParts[i].trimmed().toInt(&lbOk);
+    // A page must hold at least one 24-byte record; 2^20 bytes is far beyond any display.
+    if (!lbOk || llValues[0] < 0 || llValues[1] < llValues[0] || llValues[2] < 5 || llValues[2] > 20)
+        return Refuse(QStringLiteral("--geometry wants FIRST,LAST,SIZELOG2 with 0 <= FIRST <= LAST and "
+                                     "5 <= SIZELOG2 <= 20, not \"")
+                      + vsGeometry + QStringLiteral("\""));
+    mcGeometry.SetFirstPage(llValues[0]);
+    mcGeometry.SetLastPage(llValues[1]);
+    mcGeometry.SetSizeOnePage(llValues[2]);
+    mbGeometryGiven = true;
+    return true;
+}
+
+bool clsCliOptions::CheckComplete()
+{
+    if (mCommand != Command::Decode)
+        return true;
+    if (!mbGeometryGiven)
+        return Refuse(QStringLiteral("decode needs --geometry FIRST,LAST,SIZELOG2"));
+    if (msDecodeDirectory.isEmpty())
+        return Refuse(QStringLiteral("decode needs the directory that holds the page files"));
+    return true;
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "data/clsFlashMemInfo.h"
+#include "data/clsRecordSelection.h"
+
+#include <QString>
+#include <QStringList>
+
+// What the command line asked for. Parse fills it from the arguments (the
+// program name left out) and says whether they made sense.
+class clsCliOptions
+{
+public:
+    enum class Command { None, Download, Erase, Decode, Id };
+    enum class Answer { Ask, Yes, No };
+    enum class Outcome { Run, Help, Version, BadUsage };
+
+    Outcome Parse(const QStringList& vcArguments);
+
+    // The help text of the command given, or of the program when none was.
+    QString HelpText() const;
+    // Why the arguments were refused; set when Parse gave BadUsage.
+    QString UsageError() const { return msUsageError; }
+
+    static QString ProgramHelp();
+    static QString CommandHelp(Command vCommand);
+    static QString CommandName(Command vCommand);
+
+    Command mCommand = Command::None;
+    QString msOutput;
+    QString msPort;
+    bool mbPrint = false;
+    clsRecordSelection mcSelection;
+    QString msHome;
+    QString msPlaces;
+    Answer mAnswer = Answer::Ask;
+    bool mbSimulate = false;
+    bool mbVerbose = false;
+    clsFlashMemInfo mcGeometry;
+    bool mbGeometryGiven = false;
+    QString msDecodeDirectory;
+    // Whether questions can be put to a user: stdin and stderr are a terminal (set by the caller, not parsed).
+    bool mbInteractive = false;
+
+private:
+    bool Refuse(const QString& vsWhy);
+    bool TakeOption(const QString& vsName, const QString& vsValue);
+    bool Accepts(const QString& vsName) const;
+    bool SetPort(const QString& vsPort);
+    bool SetShow(const QString& vsKinds);
+    bool SetGeometry(const QString& vsGeometry);
+    bool CheckComplete();
+
+    QString msUsageError;
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "cli/clsCliOptions.h"
+#include "platform/IUserDialogs.h"
+
+#include <QList>
+#include <functional>
+
+class clsTerminalWindow;
+
+// Message boxes and file dialogs on a terminal. A box is printed as it would
+// show (title and text) with the answer it got: --yes/--no, else the user's
+// on an interactive terminal. Without either, the first question stops the run.
+class clsTerminalDialogs : public IUserDialogs
+{
+public:
+    struct Box {
+        QString title;
+        QString text;
+    };
+
+    clsTerminalDialogs(clsTerminalWindow& rcWindow, clsCliOptions::Answer vAnswer, bool vbInteractive);
+
+    MsgResult MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle) override;
+    QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+    // The command line has no use for an open dialog: every file it reads is named on the command line.
+    QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+
+    // The name the save dialog gives back (-o); empty means ask, or cancel when nobody can be asked.
+    void SetSaveFileName(const QString& vsFileName) { msSaveFileName = vsFileName; }
+    // Runs when a question cannot be answered; it is not expected to return.
+    void SetOnUnanswered(std::function<void(const QString&)> vStop) { mOnUnanswered = std::move(vStop); }
+    const QList<Box>& Boxes() const { return mcBoxes; }
+
+private:
+    MsgResult Ask(const QString& vsQuestion, MsgButtons vButtons);
+    QString ReadLine(const QString& vsPrompt, bool& rbGot);
+
+    clsTerminalWindow& mcWindow;
+    clsCliOptions::Answer mAnswer;
+    bool mbInteractive;
+    QString msSaveFileName;
+    std::function<void(const QString&)> mOnUnanswered;
+    QList<Box> mcBoxes;
+};

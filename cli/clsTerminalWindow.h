@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/IMainWindow.h"
+
+#include <QMap>
+#include <QObject>
+#include <QSet>
+#include <QStringList>
+#include <cstdio>
+
+class clsApplication;
+
+// One progress bar of the terminal: plain values, drawn by the window.
+class clsTerminalBar : public IProgressBar
+{
+public:
+    bool Visible() const override { return mbVisible; }
+    void SetVisible(bool vbVisible) override { mbVisible = vbVisible; }
+    int Min() const override { return mlMin; }
+    void SetMin(int vlMin) override { mlMin = vlMin; }
+    int Max() const override { return mlMax; }
+    void SetMax(int vlMax) override { mlMax = vlMax; }
+    int Value() const override { return mlValue; }
+    void SetValue(int vlValue) override { mlValue = vlValue; }
+    // How full the bar is drawn, 0 to 100.
+    int Percent() const;
+
+private:
+    bool mbVisible = false;
+    int mlMin = 0;
+    int mlMax = 100;
+    int mlValue = 0;
+};
+
+// The main window of the command line: the status model becomes one progress
+// line on stderr (status text, then the big and small bar in per cent),
+// redrawn in place on a terminal and written as plain lines otherwise; the
+// grid is kept so that --print can write it out.
+class clsTerminalWindow : public QObject, public IMainWindow
+{
+    Q_OBJECT
+public:
+    clsTerminalWindow(std::FILE* vcOut, bool vbTerminal);
+
+    // Draws whenever the application has copied its status model to the window.
+    void Attach(clsApplication& rcApplication);
+    // A line of its own (a message box, a log line): the progress line makes room and comes back below it.
+    void PrintLine(const QString& vsText, bool vbNewLine = true);
+    // Ends the progress line so that what follows starts on a fresh line.
+    void Finish();
+    QStringList GridRows() const { return mcGridRows; }
+    // The progress line as it stands now.
+    QString ProgressText() const;
+
+    void SetStatusLine(const QString& vsText) override { msStatusLine = vsText; }
+    IProgressBar& ProgressBar(Bar vBar) override;
+    void EnableButtons(bool vbEnabled) override;
+    void EnableMenu(bool vbEnabled) override { (void)vbEnabled; }
+    void ClearGrid() override { mcGridRows.clear(); }
+    void AddGridRow(const QString& vsTabbedRow) override { mcGridRows << vsTabbedRow; }
+    void ResetGrid() override { mcGridRows.clear(); }
+    void AutoSizeTheColumns() override {}
+    QString UploadFileText(int vlIndex) const override;
+    void SetUploadFileText(int vlIndex, const QString& vsFileName) override;
+    void SetMdWarningHighlighted(bool vbHighlighted) override { (void)vbHighlighted; }
+    void GiveUpWork() override { Finish(); }
+
+private:
+    void Redraw();
+    void Write(const QString& vsText);
+    int TerminalWidth() const;
+
+    std::FILE* mcOut;
+    bool mbTerminal;
+    clsApplication* mcApplication = nullptr;
+    QString msStatusLine;
+    QString msShown;
+    QSet<QString> mcPlainKinds;
+    int mlPlainTenth = -1;
+    quint32 mlPlainTime = 0;
+    clsTerminalBar mcBars[3];
+    QStringList mcGridRows;
+    QMap<int, QString> mcUploadFiles;
+};

@@ -1,0 +1,188 @@
+// corvane: the program's user actions on the command line. The application is
+// started as the window program starts it (Init, Start, DeInit); Start runs
+// the one command instead of showing the main window.
+
+#include "app/clsApplication.h"
+#include "app/clsLogger.h"
+#include "app/clsSettings.h"
+#include "cli/clsCliCommands.h"
+#include "cli/clsCliOptions.h"
+#include "cli/clsCliPort.h"
+#include "cli/clsTerminalDialogs.h"
+#include "cli/clsTerminalWindow.h"
+#include "platform/QtEventLoop.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <functional>
+#include <cstdio>
+#include <cstdlib>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#define isatty _isatty
+#else
+#include <unistd.h>
+#endif
+
+namespace {
+void WriteErr(const QString& vsText)
+{
+    std::fputs(vsText.toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
+}
+
+int BadUsage(const QString& vsWhy)
+{
+    WriteErr(QStringLiteral("corvane: ") + vsWhy + QStringLiteral("\nTry \"corvane --help\".\n"));
+    return clsCliCommands::kExitUsage;
+}
+
+// The page files of an earlier download (and the place table beside them, if
+// any) are copied into a home of their own, so the decode never writes in DIR.
+// A name that a Windows copy changed in case ("page3.dsw") is read all the same.
+bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QString& rsError)
+{
+    const QDir lcSource(vsDirectory);
+    if (!lcSource.exists()) {
+        rsError = QStringLiteral("Path not found: ") + QDir::toNativeSeparators(vsDirectory);
+        return false;
+    }
+    static const QRegularExpression scPage(QStringLiteral("^page(\\d+)\\.dsw$"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    int llPages = 0;
+    for (const QString& lsFile : lcSource.entryList(QDir::Files)) {
+        const QRegularExpressionMatch lcMatch = scPage.match(lsFile);
+        QString lsTarget;
+        if (lcMatch.hasMatch()) {
+            lsTarget = QStringLiteral("Page") + QString::number(lcMatch.captured(1).toLongLong()) + QStringLiteral(".DSW");
+            ++llPages;
+        } else if (lsFile.compare(QLatin1String("postcode.gps"), Qt::CaseInsensitive) == 0) {
+            lsTarget = QStringLiteral("postcode.gps");
+        } else {
+            continue;
+        }
+        if (!QFile::copy(lcSource.filePath(lsFile), QDir(vsHome).filePath(lsTarget))) {
+            rsError = QStringLiteral("Unable to read ") + QDir::toNativeSeparators(lcSource.filePath(lsFile));
+            return false;
+        }
+    }
+    if (llPages == 0) {
+        rsError = QStringLiteral("No page files (PageN.DSW) in ") + QDir::toNativeSeparators(vsDirectory);
+        return false;
+    }
+    return true;
+}
+
+// --port: a number is the port number of the ini file's "Com", anything else
+// a device path, kept under "Port" beside it.
+void ApplyPortOption(clsApplication& rcApplication, const QString& vsPort)
+{
+    if (vsPort.isEmpty())
+        return;
+    bool lbNumber = false;
+    const qint32 llNumber = vsPort.toInt(&lbNumber);
+    if (lbNumber) {
+        rcApplication.Settings().SetcomPort(llNumber);
+        rcApplication.Settings().SetPortPath(QString());
+    } else {
+        rcApplication.Settings().SetPortPath(vsPort);
+    }
+    rcApplication.ApplyPortSettings();
+}
+
+// Help, version and bad usage end the program before anything starts; -1 means go on.
+int AnswerWithoutRunning(clsCliOptions& rcOptions)
+{
+    switch (rcOptions.Parse(QCoreApplication::arguments().mid(1))) {
+    case clsCliOptions::Outcome::Help:
+        std::fputs(rcOptions.HelpText().toLocal8Bit().constData(), stdout);
+        return clsCliCommands::kExitOk;
+    case clsCliOptions::Outcome::Version:
+        std::fputs(QStringLiteral("corvane (%1) %2\n")
+                       .arg(clsApplication::ApplicationName(), clsApplication::VersionString())
+                       .toLocal8Bit()
+                       .constData(),
+                   stdout);
+        return clsCliCommands::kExitOk;
+    case clsCliOptions::Outcome::BadUsage:
+        return BadUsage(rcOptions.UsageError());
+    case clsCliOptions::Outcome::Run:
+        break;
+    }
+    return -1;
+}
+
+// The entry procedure's shape: create the application, Init, Start (which
+// runs the command where the window program shows its window, then DeInit).
+int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const std::function<void()>& vCleanUp)
+{
+    QtEventLoop lcEventLoop;
+    clsTerminalWindow lcWindow(stderr, isatty(2));
+    clsTerminalDialogs lcDialogs(lcWindow, vcOptions.mAnswer, vcOptions.mbInteractive);
+    clsCliPort lcPort(vcOptions.mbSimulate, lcEventLoop);
+    if (!lcPort.Error().isEmpty()) {
+        WriteErr(QStringLiteral("corvane: ") + lcPort.Error() + QLatin1Char('\n'));
+        return clsCliCommands::kExitError;
+    }
+    vcPlatform.EventLoop = &lcEventLoop;
+    vcPlatform.Dialogs = &lcDialogs;
+    vcPlatform.MainWindow = &lcWindow;
+    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcPort.Port();
+
+    clsApplication lcApplication(vcPlatform);
+    lcWindow.Attach(lcApplication);
+    // A question nobody can answer ends the run there, shut down in order.
+    lcDialogs.SetOnUnanswered([&](const QString& vsWhy) {
+        lcWindow.Finish();
+        WriteErr(QStringLiteral("corvane: ") + vsWhy + QLatin1Char('\n'));
+        lcApplication.Quite();
+        vCleanUp();
+        std::exit(clsCliCommands::kExitUsage);
+    });
+    lcApplication.Init();
+    if (vcOptions.mbVerbose)
+        lcApplication.Logger().SetEcho([&](const QString& vsLine) {
+            if (!vsLine.isEmpty())
+                lcWindow.PrintLine(vsLine);
+        });
+    ApplyPortOption(lcApplication, vcOptions.msPort);
+
+    int llExit = clsCliCommands::kExitOk;
+    lcApplication.Start([&]() { llExit = clsCliCommands(lcApplication, vcOptions, lcWindow, lcDialogs).Run(); });
+    lcWindow.Finish();
+    return llExit;
+}
+}
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication lcQtApplication(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("corvane"));
+
+    clsCliOptions lcOptions;
+    const int llAnswered = AnswerWithoutRunning(lcOptions);
+    if (llAnswered >= 0)
+        return llAnswered;
+    lcOptions.mbInteractive = isatty(0) && isatty(2);
+    if (!lcOptions.msOutput.isEmpty())
+        lcOptions.msOutput = QFileInfo(lcOptions.msOutput).absoluteFilePath();
+
+    clsPlatform lcPlatform;
+    lcPlatform.HomeDir = lcOptions.msHome;
+    lcPlatform.PlacesFile = lcOptions.msPlaces;
+    QTemporaryDir lcDecodeHome;
+    if (lcOptions.mCommand == clsCliOptions::Command::Decode) {
+        QString lsError;
+        if (!lcDecodeHome.isValid() || !PrepareDecodeHome(lcOptions.msDecodeDirectory, lcDecodeHome.path(), lsError)) {
+            WriteErr(QStringLiteral("corvane: ") + (lsError.isEmpty() ? lcDecodeHome.errorString() : lsError)
+                     + QLatin1Char('\n'));
+            return clsCliCommands::kExitError;
+        }
+        lcPlatform.HomeDir = lcDecodeHome.path();
+    }
+    return RunApplication(lcOptions, lcPlatform, [&]() { lcDecodeHome.remove(); });
+}

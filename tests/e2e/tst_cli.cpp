@@ -1,0 +1,281 @@
+// corvane as a user runs it: a separate process, against corvane-display-sim
+// on a pseudo-terminal through the real serial code, in real time.
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane");
+const QString kSimulator = QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim");
+const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
+// The geometry and ID the golden image was made with.
+const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
+                              "--id", "12.0.34.5.6.7.8.9"};
+constexpr int kPageSize = 1024;
+
+QByteArray ReadAll(const QString& vsPath)
+{
+    QFile lcFile(vsPath);
+    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
+}
+
+struct clsRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+    qint64 ms = 0;
+};
+
+// Runs corvane with stdin a pipe, so it is not interactive.
+clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000)
+{
+    QProcess lcProcess;
+    QElapsedTimer lcTimer;
+    lcTimer.start();
+    lcProcess.start(kCorvane, vcArguments);
+    lcProcess.closeWriteChannel();
+    clsRun lcRun;
+    if (!lcProcess.waitForFinished(vlTimeoutMs)) {
+        lcProcess.kill();
+        lcProcess.waitForFinished();
+        lcRun.err = QStringLiteral("corvane did not finish in time\n");
+    } else if (lcProcess.exitStatus() == QProcess::NormalExit) {
+        lcRun.exitCode = lcProcess.exitCode();
+    }
+    lcRun.out = QString::fromLocal8Bit(lcProcess.readAllStandardOutput());
+    lcRun.err += QString::fromLocal8Bit(lcProcess.readAllStandardError());
+    lcRun.ms = lcTimer.elapsed();
+    return lcRun;
+}
+
+// The simulated display on a pty linked at rsLink; false when it did not come up.
+bool StartDisplay(QProcess& rcSim, const QTemporaryDir& vcDir, const QStringList& vcArguments, QString& rsLink)
+{
+    rsLink = vcDir.filePath(QStringLiteral("display"));
+    rcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    rcSim.start(kSimulator, vcArguments + QStringList{"--link", rsLink});
+    if (!rcSim.waitForStarted(3000))
+        return false;
+    while (!rcSim.canReadLine())
+        if (!rcSim.waitForReadyRead(3000))
+            return false;
+    return QFileInfo::exists(rsLink);
+}
+
+bool StopDisplay(QProcess& rcSim)
+{
+    rcSim.terminate();
+    return rcSim.waitForFinished(3000) && rcSim.exitStatus() == QProcess::NormalExit && rcSim.exitCode() == 0;
+}
+
+// A page file as a download leaves it: each byte in decimal on a line of its own, CR LF.
+void WritePageFile(const QString& vsPath, const QByteArray& vcPage)
+{
+    QByteArray lcText;
+    for (char lcByte : vcPage)
+        lcText += QByteArray::number(quint8(lcByte)) + "\r\n";
+    QFile lcFile(vsPath);
+    QVERIFY(lcFile.open(QIODevice::WriteOnly));
+    lcFile.write(lcText);
+}
+
+QMap<QString, QByteArray> Snapshot(const QString& vsDirectory)
+{
+    QMap<QString, QByteArray> lcFiles;
+    for (QDirIterator lcIt(vsDirectory, QDir::Files, QDirIterator::Subdirectories); lcIt.hasNext();) {
+        const QString lsPath = lcIt.next();
+        lcFiles[lsPath] = ReadAll(lsPath);
+    }
+    return lcFiles;
+}
+}
+
+class tst_Cli : public QObject
+{
+    Q_OBJECT
+private slots:
+    void helpListsEveryCommand();
+    void badUsage_data();
+    void badUsage();
+    void downloadWritesTheGoldenFile();
+    void decodeOfSavedPagesGivesTheSameFile();
+    void erase_data();
+    void erase();
+    void silentDisplayIsCancelledUnderNo();
+    void simulatedDisplayRemembersThePort();
+};
+
+void tst_Cli::helpListsEveryCommand()
+{
+    const clsRun lcRun = Corvane({"--help"});
+    QCOMPARE(lcRun.exitCode, 0);
+    for (const char* lsCommand : {"download", "erase", "decode", "id"}) {
+        QVERIFY2(lcRun.out.contains(QStringLiteral("\n  %1 ").arg(lsCommand)), lsCommand);
+        const clsRun lcCommand = Corvane({lsCommand, "--help"});
+        QCOMPARE(lcCommand.exitCode, 0);
+        QVERIFY2(lcCommand.out.startsWith(QStringLiteral("Usage: corvane %1 ").arg(lsCommand)),
+                 qPrintable(lcCommand.out));
+    }
+}
+
+void tst_Cli::badUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("no command") << QStringList{} << 2 << "no command given";
+    QTest::newRow("unknown command") << QStringList{"copy"} << 2 << "unknown command \"copy\"";
+    QTest::newRow("option of another command") << QStringList{"erase", "-o", "x.txt"} << 2
+                                               << "-o does not go with erase";
+    QTest::newRow("decode without geometry") << QStringList{"decode", "."} << 2 << "needs --geometry";
+    QTest::newRow("bad geometry") << QStringList{"decode", "--geometry", "3,1,8", "."} << 2 << "\"3,1,8\"";
+    QTest::newRow("yes and no") << QStringList{"id", "--yes", "--no"} << 2 << "exclude each other";
+    QTest::newRow("unknown kind") << QStringList{"download", "--show", "route,trains"} << 2 << "\"trains\"";
+    QTest::newRow("missing value") << QStringList{"download", "--port"} << 2 << "--port needs a value";
+    QTest::newRow("decode of a missing directory") << QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}
+                                                   << 1 << "Path not found: /nonexistent/kvt";
+}
+
+// Bad usage is exit status 2 with the reason on stderr, before anything is touched.
+void tst_Cli::badUsage()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QString, says);
+    const clsRun lcRun = Corvane(arguments);
+    QCOMPARE(lcRun.exitCode, exitCode);
+    QVERIFY2(lcRun.err.contains(says), qPrintable(lcRun.err));
+    QVERIFY(lcRun.out.isEmpty());
+}
+
+void tst_Cli::downloadWritesTheGoldenFile()
+{
+    QTemporaryDir lcDir;
+    QProcess lcSim;
+    QString lsLink;
+    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img"}, lsLink));
+    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--yes", "-o", lsTrips, "--port", lsLink, "--print", "--show", "tc",
+                                  "--home", lcDir.filePath(QStringLiteral("home"))});
+    QVERIFY(StopDisplay(lcSim));
+
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
+    QVERIFY2(lcRun.err.contains(QStringLiteral("Copied 69 record(s) from KVT Memory Display")), qPrintable(lcRun.err));
+    // --print: the grid's header, then only the traject-control row that --show tc admits.
+    const QStringList lcPrinted = lcRun.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QCOMPARE(lcPrinted.size(), 2);
+    QVERIFY(lcPrinted[0].startsWith(QStringLiteral("#\tRitnumber\tDate\t")));
+    QCOMPARE(lcPrinted[1].split(QLatin1Char('\t')).value(16), QStringLiteral("Traject Contol"));
+}
+
+// Page files saved earlier decode to the same export, and their directory is left exactly as it was.
+void tst_Cli::decodeOfSavedPagesGivesTheSameFile()
+{
+    QTemporaryDir lcDir;
+    const QString lsPages = lcDir.filePath(QStringLiteral("pages"));
+    QVERIFY(QDir().mkpath(lsPages));
+    const QByteArray lcImage = ReadAll(kGolden + "flash.img");
+    WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize));
+    WritePageFile(lsPages + QStringLiteral("/Page2.DSW"), lcImage.mid(2 * kPageSize, kPageSize));
+    const QMap<QString, QByteArray> lcBefore = Snapshot(lsPages);
+    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
+
+    const clsRun lcRun = Corvane({"decode", "--geometry", "0,7,10", "-o", lsTrips, lsPages});
+
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
+    QCOMPARE(Snapshot(lsPages), lcBefore);
+}
+
+void tst_Cli::erase_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<bool>("erased");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("--yes") << "--yes" << 0 << true
+                           << "Corvane Desktop: Are you sure you want to clear the display database? [Yes/No] Yes\n";
+    QTest::newRow("--no") << "--no" << 0 << false << "Nothing erased.";
+    QTest::newRow("no answer without a terminal") << "" << 2 << false << "give --yes or --no";
+}
+
+// The logging area, every page after FirstPage, is erased; FirstPage itself
+// stays as it was. Without an answer nothing is sent to the display at all.
+void tst_Cli::erase()
+{
+    QFETCH(QString, answer);
+    QFETCH(int, exitCode);
+    QFETCH(bool, erased);
+    QFETCH(QString, says);
+    QTemporaryDir lcDir;
+    QProcess lcSim;
+    QString lsLink;
+    const QString lsSaved = lcDir.filePath(QStringLiteral("saved.img"));
+    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img", "--save-flash", lsSaved},
+                         lsLink));
+    QStringList lcArguments = {"erase", "--port", lsLink, "--home", lcDir.filePath(QStringLiteral("home"))};
+    if (!answer.isEmpty())
+        lcArguments << answer;
+    const clsRun lcRun = Corvane(lcArguments);
+    QVERIFY(StopDisplay(lcSim));
+
+    QVERIFY2(lcRun.exitCode == exitCode, qPrintable(lcRun.err));
+    QVERIFY2(lcRun.err.contains(says), qPrintable(lcRun.err));
+    const QByteArray lcImage = ReadAll(kGolden + "flash.img");
+    const QByteArray lcSavedImage = ReadAll(lsSaved);
+    QCOMPARE(lcSavedImage.size(), lcImage.size());
+    QCOMPARE(lcSavedImage.left(kPageSize), lcImage.left(kPageSize));
+    const QByteArray lcLogging = erased ? QByteArray(lcImage.size() - kPageSize, char(0xFF)) : lcImage.mid(kPageSize);
+    QCOMPARE(lcSavedImage.mid(kPageSize), lcLogging);
+    if (erased)
+        QVERIFY(lcRun.err.contains(QStringLiteral("KVT Upload: Clearing display successfully completed")));
+}
+
+// The display answers two requests and then nothing: six attempts of a
+// second each, then the retry question, answered Cancel by --no.
+void tst_Cli::silentDisplayIsCancelledUnderNo()
+{
+    QTemporaryDir lcDir;
+    QProcess lcSim;
+    QString lsLink;
+    QVERIFY(StartDisplay(lcSim, lcDir, {"--generate", "--days", "1", "--fault", "silent-after=2"}, lsLink));
+    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--no", "-o", lsTrips, "--port", lsLink, "--home",
+                                  lcDir.filePath(QStringLiteral("home"))});
+    QVERIFY(StopDisplay(lcSim));
+
+    QCOMPARE(lcRun.exitCode, 1);
+    QVERIFY2(lcRun.err.endsWith(QStringLiteral("corvane: Action cancelled by user.\n")), qPrintable(lcRun.err));
+    QVERIFY(lcRun.err.contains(QStringLiteral("Corvane Desktop: Unable to communicate with display\n")));
+    QVERIFY(lcRun.err.contains(QStringLiteral("[OK/Cancel] Cancel\n")));
+    QVERIFY(!QFile::exists(lsTrips));
+    QVERIFY2(lcRun.ms < 12000, qPrintable(QString::number(lcRun.ms)));
+}
+
+// --simulate answers in process; a port given by path is kept under "Port"
+// beside the number, and a number given later clears the path again.
+void tst_Cli::simulatedDisplayRemembersThePort()
+{
+    QTemporaryDir lcHome;
+    const QString lsIni = lcHome.filePath(QStringLiteral("kvtDsw.ini"));
+    const clsRun lcByPath = Corvane({"id", "--simulate", "-v", "--port", "/dev/ttyUSB7", "--home", lcHome.path()});
+    QVERIFY2(lcByPath.exitCode == 0, qPrintable(lcByPath.err));
+    QCOMPARE(lcByPath.out, QStringLiteral("12.0.34.5.6.7.8.9.\n"));
+    QVERIFY2(lcByPath.err.contains(QStringLiteral(" - Logging stopped\n")), qPrintable(lcByPath.err));
+    QVERIFY(ReadAll(lsIni).contains("Com=1\r\n"));
+    QVERIFY(ReadAll(lsIni).contains("Port=/dev/ttyUSB7\r\n"));
+
+    const clsRun lcByNumber = Corvane({"id", "--simulate", "--port", "3", "--home", lcHome.path()});
+    QCOMPARE(lcByNumber.exitCode, 0);
+    QVERIFY(ReadAll(lsIni).contains("Com=3\r\n"));
+    QVERIFY(ReadAll(lsIni).contains("Port=\r\n"));
+}
+
+QTEST_GUILESS_MAIN(tst_Cli)
+#include "tst_cli.moc"
