@@ -10,6 +10,7 @@
 #include "cli/clsCliPort.h"
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
+#include "platform/Err.h"
 #include "platform/QtEventLoop.h"
 
 #include <QCoreApplication>
@@ -75,6 +76,12 @@ bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QStrin
         return false;
     }
     return true;
+}
+
+// The home holds the log and the settings, so it must take new files.
+bool HomeIsWritable(const QString& vsHome)
+{
+    return QDir().mkpath(vsHome) && QFileInfo(vsHome).isWritable();
 }
 
 // --port: a number is the port number of the ini file's "Com", anything else
@@ -184,5 +191,18 @@ int main(int argc, char* argv[])
         }
         lcPlatform.HomeDir = lcDecodeHome.path();
     }
-    return RunApplication(lcOptions, lcPlatform, [&]() { lcDecodeHome.remove(); });
+    if (!lcPlatform.HomeDir.isEmpty() && !HomeIsWritable(lcPlatform.HomeDir)) {
+        WriteErr(QStringLiteral("corvane: cannot write in the home directory ")
+                 + QDir::toNativeSeparators(lcPlatform.HomeDir) + QLatin1Char('\n'));
+        return clsCliCommands::kExitError;
+    }
+    // A run-time error outside an operation (the log or the settings file
+    // cannot be written) has no error value to go to: it ends the run here.
+    try {
+        return RunApplication(lcOptions, lcPlatform, [&]() { lcDecodeHome.remove(); });
+    } catch (const clsRuntimeError& e) {
+        const QString lsSource = e.Source().isEmpty() ? QString() : QStringLiteral(" (") + e.Source() + QLatin1Char(')');
+        WriteErr(QStringLiteral("corvane: ") + e.Description() + lsSource + QLatin1Char('\n'));
+        return clsCliCommands::kExitError;
+    }
 }
