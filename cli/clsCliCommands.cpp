@@ -73,8 +73,12 @@ int clsCliCommands::EndOperation(clsError& rcError)
 
 void clsCliCommands::Save(clsError& rcError)
 {
-    if (rcError.IsError() || (mcOptions.msOutput.isEmpty() && !mcOptions.mbInteractive))
+    if (rcError.IsError())
         return;
+    if (mcOptions.msOutput.isEmpty() && !mcOptions.mbInteractive) {
+        mcWindow.PrintLine(QStringLiteral("Not saved: -o FILE saves the records as a tab-delimited file."));
+        return;
+    }
     mcApplication.SaveToDisk(rcError);
 }
 

@@ -177,9 +177,9 @@ void clsHalvexRecord::AppendStopTime(QString& rsOut) const
         AppendPackedTime(rsOut, mcData[3], mcData[2]);
 }
 
-// Hours wrap once past midnight; the fields are then borrowed from in the
-// order seconds, minutes, so a stop before the start in the same hour shows
-// a negative hour, as the display's users know it.
+// Hours wrap once past midnight; then seconds and minutes borrow in that
+// order. A stop a little before the start within the same hour therefore
+// shows a negative hour (-01:50:00); kept, the exports have always shown it so.
 void clsHalvexRecord::AppendDriveTime(QString& rsOut) const
 {
     const bool lbStartShown = isRitRegType() && !(mcData[0] == 255 && mcData[1] == 255);
