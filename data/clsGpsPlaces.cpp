@@ -160,17 +160,6 @@ QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) cons
     return llSlot < 0 ? QString() : mcNames[size_t(llSlot)];
 }
 
-// The full scan subtracts in 32 bits: some slot's difference overflows
-// exactly when one of the table's extremes does.
-void clsGpsPlaces::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const
-{
-    const auto lcLat = std::minmax_element(mcLatitudes.begin(), mcLatitudes.end());
-    const auto lcLon = std::minmax_element(mcLongitudes.begin(), mcLongitudes.end());
-    if (qint64(vlLatitude) - *lcLat.first > kInt32Max || qint64(vlLatitude) - *lcLat.second < kInt32Min
-        || qint64(vlLongitude) - *lcLon.first > kInt32Max || qint64(vlLongitude) - *lcLon.second < kInt32Min)
-        Err::Raise(VbError::Overflow);
-}
-
 // Plain Euclidean distance on the encoded values, latitude and longitude
 // units taken as equal; a strictly smaller distance is needed to replace the
 // best, so the earlier line wins a tie.
@@ -180,7 +169,7 @@ QString clsGpsPlaces::searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude
         return QStringLiteral(" ");
     if (mlCount < 1)
         return QString();
-    RaiseOnOverflow(vlLatitude, vlLongitude);
+    mcIndex.RaiseOnOverflow(vlLatitude, vlLongitude);
     double ldBest = kFarAway;
     size_t llBest = 0;
     const double ldLatitude = vlLatitude;

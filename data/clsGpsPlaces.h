@@ -34,7 +34,6 @@ public:
 
 private:
     void Load(const QString& vsPath);
-    void RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const;
 
     qint32 mlCount = 0;
     // Slots 0 to N; slot N stays at (0, 0) with an empty text.

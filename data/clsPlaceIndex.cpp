@@ -56,12 +56,7 @@ qint32 clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
 {
     if (mcEntries.empty())
         return -1;
-    // The full scan subtracts every slot in 32 bits; the extreme slots decide whether one overflows.
-    constexpr qint64 kMax = std::numeric_limits<qint32>::max();
-    constexpr qint64 kMin = std::numeric_limits<qint32>::min();
-    if (qint64(vlLatitude) - mlMinLatitude > kMax || qint64(vlLatitude) - mlMaxLatitude < kMin
-        || qint64(vlLongitude) - mlMinLongitude > kMax || qint64(vlLongitude) - mlMaxLongitude < kMin)
-        Err::Raise(VbError::Overflow);
+    RaiseOnOverflow(vlLatitude, vlLongitude);
 
     const qint64 llRow = Cell(vlLatitude);
     const qint64 llColumn = Cell(vlLongitude);
@@ -86,4 +81,13 @@ qint32 clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
         }
     }
     return llBest;
+}
+
+void clsPlaceIndex::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const
+{
+    constexpr qint64 kMax = std::numeric_limits<qint32>::max();
+    constexpr qint64 kMin = std::numeric_limits<qint32>::min();
+    if (qint64(vlLatitude) - mlMinLatitude > kMax || qint64(vlLatitude) - mlMaxLatitude < kMin
+        || qint64(vlLongitude) - mlMinLongitude > kMax || qint64(vlLongitude) - mlMaxLongitude < kMin)
+        Err::Raise(VbError::Overflow);
 }

@@ -20,6 +20,8 @@ public:
     // when the position is so far from some slot that the 32-bit differences
     // of the full scan would overflow.
     qint32 Nearest(qint32 vlLatitude, qint32 vlLongitude) const;
+    // The full scan subtracts every slot in 32 bits; the extreme slots decide whether one overflows.
+    void RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const;
 
 private:
     struct Entry {
