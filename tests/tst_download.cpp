@@ -1,6 +1,7 @@
 // The page download against the simulated display: what is asked, in which
 // order, what lands in the page files, the log and the status line.
 
+#include "PageFile.h"
 #include "support/SimRig.h"
 #include "data/clsFlashMemInfo.h"
 #include "link/clsHalvexMsg.h"
@@ -22,23 +23,6 @@ QByteArray Pattern(int vlPage, int vlSize)
     return lcData;
 }
 
-QByteArray FileBytes(const QString& vsPath, bool* rbOk = nullptr)
-{
-    QFile lcFile(vsPath);
-    if (rbOk)
-        *rbOk = lcFile.exists();
-    if (!lcFile.open(QIODevice::ReadOnly))
-        return QByteArray();
-    QByteArray lcBytes;
-    const QByteArray lcText = lcFile.readAll();
-    if (!lcText.isEmpty() && !lcText.endsWith("\r\n"))
-        return "not CR LF ended";
-    for (const QByteArray& lcLine : lcText.split('\n')) {
-        if (!lcLine.isEmpty())
-            lcBytes.append(char(lcLine.trimmed().toInt()));
-    }
-    return lcBytes;
-}
 
 QList<QByteArray> Args(const SimRig& r, quint8 vbyFunc)
 {
@@ -78,7 +62,7 @@ private slots:
         const QByteArray lcText = lcFile.readAll();
         QCOMPARE(lcText.count("\r\n"), 256);
         QVERIFY(lcText.startsWith("1\r\n8\r\n15\r\n"));
-        QCOMPARE(FileBytes(lcFile.fileName()), Pattern(1, 256));
+        QCOMPARE(PageFileBytes(lcFile.fileName()), Pattern(1, 256));
         QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page0.DSW")));
         QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page2.DSW")));
         QCOMPARE(r.t.LogLines().mid(2), (QStringList{"ID found 12.0.34.5.6.7.8.9.", "First page found on 0",
@@ -108,7 +92,7 @@ private slots:
         const QList<QByteArray> lcReads = Args(r, 0x34);
         QCOMPARE(lcReads.size(), 16);
         QCOMPARE(lcReads[8], QByteArray::fromHex("05020040"));
-        QCOMPARE(FileBytes(r.app().PageFileName(5)), Pattern(5, 1024));
+        QCOMPARE(PageFileBytes(r.app().PageFileName(5)), Pattern(5, 1024));
     }
 
     void pageStates_data()
@@ -158,7 +142,7 @@ private slots:
         clsError lcError;
         r.app().DownloadPages(lcError);
         QVERIFY(!lcError.IsError());
-        QCOMPARE(FileBytes(r.app().PageFileName(1)), Pattern(1, 256).remove(64, 64));
+        QCOMPARE(PageFileBytes(r.app().PageFileName(1)), Pattern(1, 256).remove(64, 64));
     }
 
     void errorInAPageRemovesItsFile()
@@ -173,7 +157,7 @@ private slots:
         clsError lcError;
         r.app().DownloadPages(lcError);
         QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-        QCOMPARE(FileBytes(r.app().PageFileName(1)), Pattern(1, 256));
+        QCOMPARE(PageFileBytes(r.app().PageFileName(1)), Pattern(1, 256));
         QVERIFY(!QFile::exists(r.app().PageFileName(2)));
         QVERIFY(!QFile::exists(r.app().PageFileName(3)));
         QCOMPARE(r.t.LogLines().last(), QStringLiteral("Finished downloading page 2"));
@@ -257,14 +241,13 @@ private slots:
         QVERIFY(!lcError.IsError());
         int llFiles = 0;
         for (int llPage = 1; llPage <= 63; ++llPage) {
-            bool lbExists = false;
-            const QByteArray lcBytes = FileBytes(r.app().PageFileName(llPage), &lbExists);
-            if (!lbExists) {
+            const QString lsFile = r.app().PageFileName(llPage);
+            if (!QFile::exists(lsFile)) {
                 QVERIFY(r.display.PageIsEmpty(llPage));
                 continue;
             }
             ++llFiles;
-            QCOMPARE(lcBytes, r.display.Page(llPage));
+            QCOMPARE(PageFileBytes(lsFile), r.display.Page(llPage));
         }
         QVERIFY(llFiles > 10);
     }

@@ -4,26 +4,13 @@
 // corruption and fails the test. CORVANE_RELIABILITY_RUNS sets the number of
 // runs (200 by default); the figures go to docs/reliability.md.
 
+#include "PageFile.h"
 #include "support/SimRig.h"
 #include "sim/clsSimDataGenerator.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
-
-namespace {
-QByteArray FileBytes(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    if (!lcFile.open(QIODevice::ReadOnly))
-        return QByteArray();
-    QByteArray lcBytes;
-    for (const QByteArray& lcLine : lcFile.readAll().split('\n'))
-        if (!lcLine.trimmed().isEmpty())
-            lcBytes.append(char(lcLine.trimmed().toInt()));
-    return lcBytes;
-}
-}
 
 class tst_Reliability : public QObject
 {
@@ -83,7 +70,7 @@ private slots:
                         ++llSilent;
                     continue;
                 }
-                if (FileBytes(lsFile) != r.display.Page(llPage))
+                if (PageFileBytes(lsFile) != r.display.Page(llPage))
                     ++llSilent;
             }
             const QStringList lcWarnings = r.t.LogLines().filter(QStringLiteral("WARNING"));

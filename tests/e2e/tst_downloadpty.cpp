@@ -3,6 +3,7 @@
 // logbook data on a pseudo-terminal: every page file equals the flash the
 // simulator writes back on exit.
 
+#include "PageFile.h"
 #include "FakeMainWindow.h"
 #include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
@@ -14,20 +15,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
-QByteArray PageFileBytes(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    if (!lcFile.open(QIODevice::ReadOnly))
-        return QByteArray();
-    QByteArray lcBytes;
-    for (const QByteArray& lcLine : lcFile.readAll().split('\n'))
-        if (!lcLine.trimmed().isEmpty())
-            lcBytes.append(char(lcLine.trimmed().toInt()));
-    return lcBytes;
-}
-}
 
 class tst_DownloadPty : public QObject
 {
