@@ -19,7 +19,6 @@ class IEventLoop;
 class IUserDialogs;
 class IMainWindow;
 class ISerialPort;
-class IRegistry;
 class IDataFile;
 class clsSettings;
 class clsLogger;
@@ -34,7 +33,6 @@ struct clsPlatform {
     IUserDialogs* Dialogs = nullptr;
     IMainWindow* MainWindow = nullptr;
     ISerialPort* Port = nullptr;
-    IRegistry* Registry = nullptr; // none outside Windows
     QString HomeDir;               // --home / CORVANE_HOME; empty for the default
     QString PlacesFile;            // --places; empty for postcode.gps in StdDirectory
 };

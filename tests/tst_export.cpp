@@ -2,6 +2,7 @@
 // reach the file, the exact line layout, the replace question, and that a
 // save that fails never costs the user an earlier export.
 
+#include "TestFiles.h"
 #include "support/TestApp.h"
 #include "app/clsSettings.h"
 #include "data/clsHalvexRecord.h"
@@ -37,19 +38,6 @@ std::unique_ptr<clsHalvexRecord> MakeRecord(quint8 vbyType, qint32 vlNumber, con
     lcRecord->SetRecordNumber(vlNumber);
     lcRecord->SetRoute(vsRoute);
     return lcRecord;
-}
-
-QByteArray ReadAll(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
-}
-
-void WriteAll(const QString& vsPath, const QByteArray& vcData)
-{
-    QFile lcFile(vsPath);
-    QVERIFY(lcFile.open(QIODevice::WriteOnly));
-    lcFile.write(vcData);
 }
 
 // Lowers the largest file this process may write, so that a save fails half-way as on a full disk.

@@ -1,6 +1,7 @@
 // kvtDsw.ini: defaults, the keys written back (all but "TXT"), the 999-character
 // buffer, and an ini file written on Windows surviving a round trip.
 
+#include "TestFiles.h"
 #include "app/clsSettings.h"
 #include "platform/Err.h"
 #include "platform/PrivateProfile.h"
@@ -8,21 +9,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-QByteArray ReadAll(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
-}
-
-void WriteAll(const QString& vsPath, const QByteArray& vcData)
-{
-    QFile lcFile(vsPath);
-    QVERIFY(lcFile.open(QIODevice::WriteOnly));
-    lcFile.write(vcData);
-}
-}
 
 class tst_settings : public QObject
 {

@@ -1,6 +1,8 @@
 // corvane as a user runs it: a separate process, against corvane-display-sim
 // on a pseudo-terminal through the real serial code, in real time.
 
+#include "TestFiles.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -17,12 +19,6 @@ const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
 const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
                               "--id", "12.0.34.5.6.7.8.9"};
 constexpr int kPageSize = 1024;
-
-QByteArray ReadAll(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
-}
 
 struct clsRun {
     int exitCode = -1;
@@ -278,4 +274,5 @@ void tst_Cli::simulatedDisplayRemembersThePort()
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
+#include "TestFiles.h"
 #include "tst_cli.moc"
