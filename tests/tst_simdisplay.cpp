@@ -143,7 +143,7 @@ private slots:
 
     void parseFaults_data()
     {
-        QTest::addColumn<QString>("spec");
+        QTest::addColumn<QString>("faults");
         QTest::addColumn<QString>("error");
         QTest::newRow("rates and seed") << "drop=0.01,corrupt=0.02,late=0.005,seed=7" << "";
         QTest::newRow("pairs") << "page-state=5:3,read-status=6:0,new-id=1.2.3.4.5.6.7.8." << "";
@@ -153,11 +153,11 @@ private slots:
     }
     void parseFaults()
     {
-        QFETCH(QString, spec);
+        QFETCH(QString, faults);
         QFETCH(QString, error);
         clsSimFaults lcFaults;
         QString lsError;
-        QCOMPARE(lcFaults.Parse(spec, lsError), error.isEmpty());
+        QCOMPARE(lcFaults.Parse(faults, lsError), error.isEmpty());
         QCOMPARE(lsError, error);
     }
 
