@@ -5,8 +5,8 @@
 //
 //   ./build/bench/bench_download [runs]
 
+#include "bench/BenchDialogs.h"
 #include "app/clsApplication.h"
-#include "platform/IUserDialogs.h"
 #include "platform/VirtualClock.h"
 #include "sim/clsSimDataGenerator.h"
 #include "sim/clsSimDisplay.h"
@@ -16,19 +16,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <cstdio>
-
-namespace {
-class NoDialogs : public IUserDialogs
-{
-public:
-    MsgResult MsgBox(const QString&, MsgButtons vButtons, MsgIcon, const QString&) override
-    {
-        return vButtons == MsgButtons::OK ? MsgResult::OK : MsgResult::Cancel;
-    }
-    QString ShowSave(const QString&, const QString&, const QString&) override { return QString(); }
-    QString ShowOpen(const QString&, const QString&, const QString&) override { return QString(); }
-};
-}
 
 int main(int argc, char** argv)
 {
@@ -44,7 +31,7 @@ int main(int argc, char** argv)
     for (int llRun = 1; llRun <= llRuns; ++llRun) {
         QTemporaryDir lcHome;
         VirtualClock lcClock;
-        NoDialogs lcDialogs;
+        BenchDialogs lcDialogs;
         clsSimDisplay lcDisplay;
         QByteArray lcFlash = lcDisplay.Flash();
         const int llRecords = clsSimDataGenerator::WriteLog(lcFlash, lcGenerator.Generate(quint32(llRun), 120), 0,

@@ -12,13 +12,13 @@
 //   bench_pipeline --run DIR [--pages N] [--size-log2 S]
 //       only the measured part, on page files already in DIR.
 
+#include "bench/BenchDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsError.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 #include "platform/IMainWindow.h"
-#include "platform/IUserDialogs.h"
 #include "platform/QtEventLoop.h"
 #include "sim/clsSimDataGenerator.h"
 
@@ -99,17 +99,6 @@ bool Prepare(const Options& vcOptions, const QString& vsDirectory)
     return true;
 }
 
-class NoDialogs : public IUserDialogs
-{
-public:
-    MsgResult MsgBox(const QString& vsText, MsgButtons, MsgIcon, const QString&) override
-    {
-        std::fprintf(stderr, "box: %s\n", qPrintable(vsText));
-        return MsgResult::OK;
-    }
-    QString ShowSave(const QString&, const QString&, const QString&) override { return {}; }
-    QString ShowOpen(const QString&, const QString&, const QString&) override { return {}; }
-};
 
 class NullBar : public IProgressBar
 {
@@ -180,7 +169,7 @@ double CpuSeconds()
 int Run(const Options& vcOptions)
 {
     QtEventLoop lcLoop;
-    NoDialogs lcDialogs;
+    BenchDialogs lcDialogs;
     CountingWindow lcWindow;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;

@@ -4,11 +4,11 @@
 //
 //   build/bench/bench_sim_pty [pages] [max-data]
 
+#include "bench/BenchDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/IMainWindow.h"
-#include "platform/IUserDialogs.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 
@@ -17,18 +17,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <cstdio>
-
-namespace {
-
-class clsNoDialogs : public IUserDialogs
-{
-public:
-    MsgResult MsgBox(const QString&, MsgButtons, MsgIcon, const QString&) override { return MsgResult::Cancel; }
-    QString ShowSave(const QString&, const QString&, const QString&) override { return {}; }
-    QString ShowOpen(const QString&, const QString&, const QString&) override { return {}; }
-};
-
-} // namespace
 
 int main(int argc, char** argv)
 {
@@ -49,7 +37,7 @@ int main(int argc, char** argv)
 
     QtSerialPort lcPort;
     QtEventLoop lcLoop;
-    clsNoDialogs lcDialogs;
+    BenchDialogs lcDialogs;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;
     lcPlatform.Dialogs = &lcDialogs;
