@@ -132,9 +132,12 @@ QString clsApplication::VersionString()
 }
 
 // --home, then CORVANE_HOME, then the program's own directory when it is
-// writable (a portable install), else the per-user data directory.
+// writable (a portable install), else the per-user data directory. Worked
+// out and created once: every page file name asks for it.
 QString clsApplication::StdDirectory() const
 {
+    if (!msStdDirectory.isEmpty())
+        return msStdDirectory;
     QString lsDirectory = mcPlatform.HomeDir;
     if (lsDirectory.isEmpty())
         lsDirectory = qEnvironmentVariable("CORVANE_HOME");
@@ -149,7 +152,8 @@ QString clsApplication::StdDirectory() const
     lsDirectory = QDir::toNativeSeparators(QDir::cleanPath(lsDirectory));
     if (!lsDirectory.endsWith(QDir::separator()))
         lsDirectory += QDir::separator();
-    return lsDirectory;
+    msStdDirectory = lsDirectory;
+    return msStdDirectory;
 }
 
 // Up to and including the last separator; empty when there is none. Both

@@ -171,6 +171,7 @@ private:
     bool mbDataSaved = true;
     qint32 mlRunningCount = 0;
     QString msDisplayId;
+    mutable QString msStdDirectory;
     clsStatus mcStatus;
     clsRecordSelection mcSelection;
     std::unique_ptr<clsSettings> mcSettings;
