@@ -8,6 +8,7 @@
 #include "app/clsError.h"
 #include "app/clsStatus.h"
 #include "data/clsRecordSelection.h"
+#include "link/clsFoundPort.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -18,6 +19,7 @@
 class IEventLoop;
 class IUserDialogs;
 class IMainWindow;
+class IRegistry;
 class ISerialPort;
 class IDataFile;
 class clsSettings;
@@ -33,6 +35,7 @@ struct clsPlatform {
     IUserDialogs* Dialogs = nullptr;
     IMainWindow* MainWindow = nullptr;
     ISerialPort* Port = nullptr;
+    IRegistry* Registry = nullptr;     // null: the KVT USB interface is not searched for
     QString HomeDir;               // --home / CORVANE_HOME; empty for the default
     QString PlacesFile;            // --places; empty for postcode.gps in StdDirectory
 };
@@ -93,6 +96,16 @@ public:
     void SetDisplayId(const QString& vsId) { msDisplayId = vsId; }
     // Applies the port of the settings ("Port" path, else "Com" number) to the serial port.
     void ApplyPortSettings();
+
+    // ---- Port discovery and auto-detection: link/clsApplicationAutoDetect.cpp ----
+    clsFoundPort FindUsbComport(clsError& rcError);
+    clsFoundPort UsbComport() const { return mcUsbPort; }
+    void GetCorrectComPortFromUser();
+    void PerformAutoDetect();
+    void StartAutoDetection();
+    void StopAutoDetection();
+    // True while a detection round waits on the display: a user action must wait for its end.
+    bool AutoDetectRunning() const { return mbAutoDetectRunning; }
 
     // ---- Flash download: data/clsApplicationDownload.cpp ----
     void GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo);
@@ -159,12 +172,17 @@ private:
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
+    // Auto-detection: the greeting of a display that was just plugged in.
+    void GreetNewDisplay();
+    void WriteScreenLine(const QString& vsText, quint8 vbyTop);
 
     clsPlatform mcPlatform;
     std::function<void(clsError&)> mPortSearch;
     bool mbInitialised = false;
     bool mbMainWindowShown = false;
     bool mbAutoDetectionEnabled = false;
+    bool mbAutoDetectRunning = false;
+    clsFoundPort mcUsbPort;
     bool mbCommunicationStopped = false;
     bool mbIDRequested = false;
     bool mbStatusBusy = false;

@@ -10,6 +10,7 @@ TestApp::TestApp(ISerialPort* vcPort, bool vbInit)
     lcPlatform.Dialogs = &dialogs;
     lcPlatform.MainWindow = &window;
     lcPlatform.Port = vcPort;
+    lcPlatform.Registry = &registry;
     lcPlatform.HomeDir = home.path();
     app = std::make_unique<clsApplication>(lcPlatform);
     if (vbInit)

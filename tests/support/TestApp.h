@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FakeMainWindow.h"
+#include "FakeRegistry.h"
 #include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "platform/VirtualClock.h"
@@ -23,5 +24,6 @@ struct TestApp {
     VirtualClock clock;
     FakeUserDialogs dialogs;
     FakeMainWindow window;
+    FakeRegistry registry;
     std::unique_ptr<clsApplication> app;
 };
