@@ -8,7 +8,6 @@
 #include "link/clsHalvexMsg.h"
 #include "link/clsUsbPortSearch.h"
 #include "platform/IMainWindow.h"
-#include "platform/ISerialPort.h"
 #include "platform/IUserDialogs.h"
 
 #include <QTime>
@@ -30,23 +29,11 @@ bool Exchange(clsHalvexMsg& rcMessage, quint8 vbyFunc, const QString& vsArgument
 }
 }
 
-// The search itself lives in clsUsbPortSearch; here the found port replaces
-// the one of the settings for this run.
 clsFoundPort clsApplication::FindUsbComport(clsError& rcError)
 {
     if (!mcPlatform.Registry)
         return {};
-    const clsFoundPort lcFound = clsUsbPortSearch(*mcPlatform.Registry).Find(rcError);
-    mcUsbPort.Found = lcFound.Found;
-    if (!lcFound.Found)
-        return lcFound;
-    mcUsbPort = lcFound;
-    if (ISerialPort* lcPort = mcPlatform.Port) {
-        if (lcPort->PortOpen())
-            lcPort->SetPortOpen(false);
-        lcPort->SetCommPort(lcFound.Port);
-    }
-    return lcFound;
+    return clsUsbPortSearch(*mcPlatform.Registry).Find(rcError);
 }
 
 // A number is the ini file's "Com"; a device path is kept under "Port" beside it.
@@ -66,18 +53,6 @@ void clsApplication::GetCorrectComPortFromUser()
     ApplyPortSettings();
 }
 
-void clsApplication::StartAutoDetection()
-{
-    if (mcTimer)
-        mcTimer->SetEnabled(true);
-}
-
-void clsApplication::StopAutoDetection()
-{
-    if (mcTimer)
-        mcTimer->SetEnabled(false);
-}
-
 void clsApplication::mcTimer_Tick()
 {
     mcTimer->SetInterval(kBusyInterval);
@@ -93,9 +68,9 @@ void clsApplication::PerformAutoDetect()
     if (CommunicationIsRunning())
         return;
     if (mbAutoDetectionEnabled && mbMainWindowShown) {
-        mbAutoDetectRunning = true;
+        mbDetectionRound = true;
         GreetNewDisplay();
-        mbAutoDetectRunning = false;
+        mbDetectionRound = false;
         return;
     }
     if (mcUsbPort.Found || !mbInitialised)
@@ -104,6 +79,7 @@ void clsApplication::PerformAutoDetect()
     const clsFoundPort lcFound = FindUsbComport(lcError);
     if (!lcFound.Found)
         return;
+    UseFoundPort(lcFound);
     mcStatus.SetStatusString(QStringLiteral("KVT USB interface found on ") + lcFound.Port);
     if (mcPlatform.MainWindow)
         mcPlatform.MainWindow->EnableMenu(true);

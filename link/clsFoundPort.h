@@ -2,9 +2,8 @@
 
 #include <QString>
 
-// What the search for the KVT USB interface found: the port to open (a number
-// as "5", or a device path) and whether it was found at all.
+// What the search for the USB interface's port came to.
 struct clsFoundPort {
-    QString Port;
+    QString Port;        // a port number or device path; empty when none was found
     bool Found = false;
 };

@@ -131,7 +131,7 @@ void tst_portdiscovery::startUpWithoutInterface()
         if (lbPlugged)
             lcTest.registry.devices << Device(QStringLiteral("/dev/ttyUSB1"), 0x0403, 0xE990);
         clsApplication& lcApp = *lcTest.app;
-        lcApp.SetPortSearch([&](clsError& rcError) { lcApp.FindUsbComport(rcError); });
+        lcApp.SetPortDiscovery([&](clsError& rcError) { return lcApp.FindUsbComport(rcError); });
         lcApp.Init();
         QCOMPARE(lcApp.UsbComport().Found, lbPlugged);
         QCOMPARE(lcApp.UsbComport().Port, lbPlugged ? QStringLiteral("/dev/ttyUSB1") : QString());
