@@ -13,9 +13,14 @@ struct SimRig {
                           [this](quint32 vlDelay, std::function<void()> vAction) {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
-    TestApp t{&port};
+    TestApp t;
 
-    SimRig() { clock = &t.clock; }
+    // vcWindow: the real main window instead of the recording one.
+    explicit SimRig(IMainWindow* vcWindow = nullptr)
+        : t(&port, true, vcWindow)
+    {
+        clock = &t.clock;
+    }
     clsApplication& app() { return *t.app; }
 
     // The function codes of the requests the display received, in order.
