@@ -37,6 +37,8 @@ frmMain::frmMain(QWidget* vcParent)
     mcBars[int(Bar::Download)].Attach(ui->ProgressBarDownload);
     ui->flexGrid->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     ui->flexGrid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // The first column already numbers the rows.
+    ui->flexGrid->verticalHeader()->hide();
 }
 
 frmMain::~frmMain() = default;
@@ -168,8 +170,10 @@ bool frmMain::LinkBusy(const std::function<void()>& vRetry)
 // that are left are shown again. A close asked for meanwhile is done now.
 void frmMain::AfterOperation()
 {
-    if (mcModel->RecordRows() == 0 && mcApp->Records().Count() > 0)
+    if (mcModel->RecordRows() == 0 && mcApp->Records().Count() > 0) {
         RecordsChanged();
+        AutoSizeTheColumns();
+    }
     if (mbCloseRequested) {
         mbCloseRequested = false;
         QTimer::singleShot(0, this, &QWidget::close);
@@ -180,6 +184,14 @@ void frmMain::changeEvent(QEvent* vcEvent)
 {
     QMainWindow::changeEvent(vcEvent);
     if (vcEvent->type() == QEvent::ActivationChange && isActiveWindow() && !mbActivated)
+        Form_Activate();
+}
+
+// Without a window manager a window is never activated; being shown is as good.
+void frmMain::showEvent(QShowEvent* vcEvent)
+{
+    QMainWindow::showEvent(vcEvent);
+    if (!mbActivated)
         Form_Activate();
 }
 

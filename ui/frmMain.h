@@ -53,6 +53,7 @@ public:
 
 protected:
     void changeEvent(QEvent* vcEvent) override;
+    void showEvent(QShowEvent* vcEvent) override;
     void closeEvent(QCloseEvent* vcEvent) override;
 
 private:
