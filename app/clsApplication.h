@@ -184,6 +184,7 @@ private:
     void CollectRoutes();
     void FillGrid();
 
+    void StartLogging();
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
