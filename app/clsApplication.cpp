@@ -54,6 +54,7 @@ void clsApplication::Init()
     MessageBrooker().SetDeviceAddress(102);
     MessageBrooker().SetHostAddress(1);
     mcRecords->Clear();
+    CreateGpsPlaces();
     ApplyPortSettings();
     AttachCodec();
     RunPortDiscovery();
@@ -203,22 +204,6 @@ clsSettings& clsApplication::Settings()
 clsLogger& clsApplication::Logger()
 {
     return *mcLogger;
-}
-
-clsGpsPlaces& clsApplication::GpsPlaces()
-{
-    if (!mcGpsPlaces) {
-        QString lsPath = mcPlatform.PlacesFile;
-        if (lsPath.isEmpty()) {
-            lsPath = StdDirectory() + QStringLiteral("postcode.gps");
-            const QString lsShipped = QStringLiteral(CORVANE_DATA_DIR "/postcode.gps");
-            if (!QFileInfo::exists(lsPath) && QFileInfo::exists(lsShipped))
-                lsPath = lsShipped;
-        }
-        mcGpsPlaces = std::make_unique<clsGpsPlaces>(lsPath, mcPlatform.Dialogs);
-        clsHalvexRecord::UsePlaces(mcGpsPlaces.get());
-    }
-    return *mcGpsPlaces;
 }
 
 // Copies the status model to the window: the text padded to 90 characters,
