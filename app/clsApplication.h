@@ -120,7 +120,11 @@ public:
     // The search itself, without side effects: what a front end gives SetPortDiscovery.
     clsFoundPort FindUsbComport(clsError& rcError);
     void GetCorrectComPortFromUser();
-    void PerformAutoDetect();
+    // What one detection round found: no round (an operation owns the line, or
+    // the USB interface was searched for instead), no answer, a display that was
+    // there before, or one just plugged in and greeted.
+    enum class Detection { NotRun, NoAnswer, Present, Greeted };
+    Detection PerformAutoDetect();
     // True while a detection round waits on the display: a user action must wait for its end.
     bool DetectionRoundRunning() const { return mbDetectionRound; }
 
@@ -207,7 +211,7 @@ private:
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
     // Auto-detection: the greeting of a display that was just plugged in.
-    void GreetNewDisplay();
+    Detection GreetNewDisplay();
     void WriteScreenLine(const QString& vsText, quint8 vbyTop);
 
     clsPlatform mcPlatform;

@@ -7,10 +7,9 @@
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "link/clsUsbPortSearch.h"
+#include "platform/IEventLoop.h"
 #include "platform/IMainWindow.h"
 #include "platform/IUserDialogs.h"
-
-#include <QTime>
 
 namespace {
 constexpr qint32 kDetectInterval = 1000;
@@ -63,37 +62,40 @@ void clsApplication::mcTimer_Tick()
         mcTimer->SetInterval(kDetectInterval);
 }
 
-void clsApplication::PerformAutoDetect()
+clsApplication::Detection clsApplication::PerformAutoDetect()
 {
     if (CommunicationIsRunning())
-        return;
+        return Detection::NotRun;
     if (mbAutoDetectionEnabled && mbMainWindowShown) {
         mbDetectionRound = true;
-        GreetNewDisplay();
+        const Detection lcFound = GreetNewDisplay();
         mbDetectionRound = false;
-        return;
+        return lcFound;
     }
     if (mcUsbPort.Found || !mbInitialised)
-        return;
+        return Detection::NotRun;
     clsError lcError;
     const clsFoundPort lcFound = FindUsbComport(lcError);
-    if (!lcFound.Found)
-        return;
-    UseFoundPort(lcFound);
-    mcStatus.SetStatusString(QStringLiteral("KVT USB interface found on ") + lcFound.Port);
-    if (mcPlatform.MainWindow)
-        mcPlatform.MainWindow->EnableMenu(true);
+    if (lcFound.Found) {
+        UseFoundPort(lcFound);
+        mcStatus.SetStatusString(QStringLiteral("KVT USB interface found on ") + lcFound.Port);
+        if (mcPlatform.MainWindow)
+            mcPlatform.MainWindow->EnableMenu(true);
+    }
+    return Detection::NotRun;
 }
 
 // The display answers 0xD0 with bit 0 set once after it was plugged in; it is
 // then put into its low-current state and greeted on its own screen.
-void clsApplication::GreetNewDisplay()
+clsApplication::Detection clsApplication::GreetNewDisplay()
 {
     clsHalvexMsg& lcMessage = MessageBrooker();
-    if (!Exchange(lcMessage, 0xD0, QString()) || (lcMessage.ReceiveArguments(0) & 1) == 0)
-        return;
-    mcStatus.SetStatusString(QStringLiteral("Display Detected (") + QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))
-                             + QLatin1Char(')'));
+    if (!Exchange(lcMessage, 0xD0, QString()))
+        return Detection::NoAnswer;
+    if ((lcMessage.ReceiveArguments(0) & 1) == 0)
+        return Detection::Present;
+    mcStatus.SetStatusString(QStringLiteral("Display Detected (")
+                             + EventLoop().CurrentDateTime().toString(QStringLiteral("HH:mm:ss")) + QLatin1Char(')'));
     clsError lcError;
     MakeSureLowCurrentDisplay(lcError);
     HandleError(lcError);
@@ -101,6 +103,7 @@ void clsApplication::GreetNewDisplay()
     WriteScreenLine(QStringLiteral("Connected to"), 24);
     WriteScreenLine(ApplicationName(), 32);
     Exchange(lcMessage, 0xD1, QString());
+    return Detection::Greeted;
 }
 
 // Screen text: horizontal and vertical position, two fixed items, then the characters.

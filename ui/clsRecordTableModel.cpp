@@ -2,19 +2,17 @@
 
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
+#include "data/clsRecordColumns.h"
 #include "data/clsRecordSelection.h"
 
-namespace {
-const QString kTab = QStringLiteral("\t");
-}
-
-clsRecordTableModel::clsRecordTableModel(clsRecordCollection& rcRecords, const clsRecordSelection& rcSelection,
+clsRecordTableModel::clsRecordTableModel(const clsRecordCollection& rcRecords, const clsRecordSelection& rcSelection,
                                          QObject* vcParent)
     : QAbstractTableModel(vcParent)
     , mcRecords(rcRecords)
     , mcSelection(rcSelection)
-    , mcHeader(clsHalvexRecord::GetHeaderStringWithDelimiter(kTab).split(kTab))
 {
+    for (const clsRecordColumn& lcColumn : RecordColumns())
+        mcHeader << lcColumn.Title;
 }
 
 int clsRecordTableModel::rowCount(const QModelIndex& vcParent) const
@@ -33,7 +31,7 @@ QVariant clsRecordTableModel::data(const QModelIndex& vcIndex, int vlRole) const
 {
     if (vlRole != Qt::DisplayRole || !vcIndex.isValid() || vcIndex.row() >= int(mcRows.size()))
         return {};
-    return Cells(vcIndex.row()).value(vcIndex.column());
+    return CellText(vcIndex.row(), vcIndex.column());
 }
 
 QVariant clsRecordTableModel::headerData(int vlSection, Qt::Orientation vOrientation, int vlRole) const
@@ -50,7 +48,6 @@ void clsRecordTableModel::Reload()
     beginResetModel();
     mcRows.clear();
     mlBlankRows = 0;
-    mlCachedRow = -1;
     for (int i = 1; i <= mcRecords.Count(); ++i) {
         const clsHalvexRecord& lcRecord = mcRecords.Item(i);
         if (lcRecord.IsValid() && mcSelection.Admits(lcRecord))
@@ -64,7 +61,6 @@ void clsRecordTableModel::Clear(int vlBlankRows)
     beginResetModel();
     mcRows.clear();
     mlBlankRows = vlBlankRows;
-    mlCachedRow = -1;
     endResetModel();
 }
 
@@ -81,22 +77,22 @@ void clsRecordTableModel::FillWithBlankRows(int vlRows)
 QStringList clsRecordTableModel::LongestTexts() const
 {
     QStringList lcLongest = mcHeader;
-    for (int llRow = 0; llRow < int(mcRows.size()); ++llRow) {
-        const QStringList& lcCells = Cells(llRow);
-        for (int c = 0; c < lcCells.size() && c < lcLongest.size(); ++c) {
-            if (lcCells.at(c).size() > lcLongest.at(c).size())
-                lcLongest[c] = lcCells.at(c);
+    for (int c = 0; c < mcHeader.size(); ++c) {
+        for (int llRow = 0; llRow < int(mcRows.size()); ++llRow) {
+            const QString lsText = CellText(llRow, c);
+            if (lsText.size() > lcLongest.at(c).size())
+                lcLongest[c] = lsText;
         }
     }
     return lcLongest;
 }
 
-const QStringList& clsRecordTableModel::Cells(int vlRow) const
+QString clsRecordTableModel::CellText(int vlRow, int vlColumn) const
 {
-    if (vlRow != mlCachedRow) {
-        clsHalvexRecord& lcRecord = mcRecords.Item(mcRows[size_t(vlRow)]);
-        mcCachedCells = lcRecord.GetFullStringWithDelimiter(kTab, mcSelection.cheShowRoute).split(kTab);
-        mlCachedRow = vlRow;
-    }
-    return mcCachedCells;
+    const std::vector<clsRecordColumn>& lcColumns = RecordColumns();
+    if (vlColumn < 0 || vlColumn >= int(lcColumns.size()))
+        return QString();
+    if (vlColumn == int(lcColumns.size()) - 1 && !mcSelection.cheShowRoute)
+        return QString();
+    return lcColumns[size_t(vlColumn)].Text(mcRecords.Item(mcRows[size_t(vlRow)]));
 }

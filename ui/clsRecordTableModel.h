@@ -8,14 +8,16 @@ class clsRecordCollection;
 struct clsRecordSelection;
 
 // The record grid: the valid records that the selection admits, in record
-// order, each once. Only the list of admitted record numbers is kept; the
-// cells are made from the records when the view asks for them. Below the
+// order, each once, in the columns of the record table. Only the list of
+// admitted record numbers is kept; the cells are made from the records when
+// the view asks for them. The route column stays empty unless "Show route"
+// is ticked, as the saved file's lines without the route stop before it. Below the
 // records the grid can show blank rows, as an empty grid does at start.
 class clsRecordTableModel : public QAbstractTableModel
 {
     Q_OBJECT
 public:
-    clsRecordTableModel(clsRecordCollection& rcRecords, const clsRecordSelection& rcSelection,
+    clsRecordTableModel(const clsRecordCollection& rcRecords, const clsRecordSelection& rcSelection,
                         QObject* vcParent = nullptr);
 
     int rowCount(const QModelIndex& vcParent = QModelIndex()) const override;
@@ -34,14 +36,11 @@ public:
     QStringList LongestTexts() const;
 
 private:
-    // The cells of one record; the last row asked for is kept, as a view asks cell by cell.
-    const QStringList& Cells(int vlRow) const;
+    QString CellText(int vlRow, int vlColumn) const;
 
-    clsRecordCollection& mcRecords;
+    const clsRecordCollection& mcRecords;
     const clsRecordSelection& mcSelection;
     QStringList mcHeader;
     std::vector<int> mcRows;
     int mlBlankRows = 0;
-    mutable int mlCachedRow = -1;
-    mutable QStringList mcCachedCells;
 };
