@@ -8,6 +8,7 @@
 #include "app/clsError.h"
 #include "app/clsStatus.h"
 #include "data/clsRecordSelection.h"
+#include "upload/clsUploadSelection.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -135,6 +136,30 @@ public:
     void SetDataSaved(bool vbSaved) { mbDataSaved = vbSaved; }
     bool CheckFileExists(const QString& vsPath) const;
 
+    // ---- Upload to the display: upload/clsApplicationUpload.cpp ----
+    // The choose family: a file dialog for the type, the choice kept in the
+    // settings and its text box; a cancelled dialog changes nothing.
+    void GetNewFileNameForUpload(UploadType vType);
+    void GetNewFileNameForUploadSSL() { GetNewFileNameForUpload(UploadType::SSL); }
+    void GetNewFileNameForUploadSFL() { GetNewFileNameForUpload(UploadType::SFL); }
+    void GetNewFileNameForUploadUSL() { GetNewFileNameForUpload(UploadType::USL); }
+    void GetNewFileNameForUploadUFL() { GetNewFileNameForUpload(UploadType::UFL); }
+    void GetNewFileNameForUploadKVTCC() { GetNewFileNameForUpload(UploadType::KVTCC); }
+    void GetNewFileNameForUploadKVTSA() { GetNewFileNameForUpload(UploadType::KVTSA); }
+    void GetNewFileNameForUploadKVTSND() { GetNewFileNameForUpload(UploadType::KVTSND); }
+    void GetNewFileNameForUploadKVTMemoryDisplay() { GetNewFileNameForUpload(UploadType::KVTMD); }
+    // Fills the eight upload file boxes from the settings (the window, when it is activated).
+    void ShowLastUploadFiles();
+    void HandleUploadDatabases(clsError& rcError);
+    void HandleUploadKVT(clsError& rcError);
+    void CheckFileExistsAndWarn(clsError& rcError, const QString& vsFileName, bool& rbOk);
+    void CheckFileExists(const QString& vsFileName, bool& rbExists) const;
+    // The upload tick boxes.
+    clsUploadSelection& UploadSelection() { return mcUploadSelection; }
+    // Read every page back after an upload and compare it with the file (off unless asked for).
+    void SetVerifyUploads(bool vbVerify) { mbVerifyUploads = vbVerify; }
+    bool VerifyUploads() const { return mbVerifyUploads; }
+
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
@@ -155,6 +180,8 @@ private:
     // Record pipeline: the bodies of the two steps the window also runs alone.
     void CollectRoutes();
     void FillGrid();
+    // Upload: the check phase and the send phase of the ticked files of one page.
+    void UploadTicked(clsError& rcError, const std::vector<UploadType>& vcTypes, bool vbSkipAfterError);
 
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
@@ -174,6 +201,8 @@ private:
     mutable QString msStdDirectory;
     clsStatus mcStatus;
     clsRecordSelection mcSelection;
+    clsUploadSelection mcUploadSelection;
+    bool mbVerifyUploads = false;
     std::unique_ptr<clsSettings> mcSettings;
     std::unique_ptr<clsLogger> mcLogger;
     std::unique_ptr<clsHalvexMsg> mcMessage;
