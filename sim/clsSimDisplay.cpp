@@ -272,6 +272,8 @@ void clsSimDisplay::WriteFlash(const QByteArray& vcArguments)
 
 void clsSimDisplay::ApplyFaults(Reply& rcReply, quint8 vbyFunc, const QByteArray& vcArguments)
 {
+    if (mcFaults.OnlyFunc != 0 && vbyFunc != mcFaults.OnlyFunc)
+        return;
     if (Trigger(mcFaults.DropNext, mcFaults.DropRate)) {
         ++mcStats.dropped;
         rcReply.bytes.clear();
