@@ -160,6 +160,12 @@ public:
     void SetVerifyUploads(bool vbVerify) { mbVerifyUploads = vbVerify; }
     bool VerifyUploads() const { return mbVerifyUploads; }
 
+    // ---- Memory Display firmware: upload/clsApplicationFirmware.cpp ----
+    // " Don't Disconnect!" on the display's own screen, or blanks over it.
+    void writeMessageToDisplay(bool vbShow);
+    // The firmware download with its boxes; the error tells the front end how it went.
+    void subStartSoftwareDownload(clsError& rcError, const QString& vsFileName);
+
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
@@ -182,6 +188,10 @@ private:
     void FillGrid();
     // Upload: the check phase and the send phase of the ticked files of one page.
     void UploadTicked(clsError& rcError, const std::vector<UploadType>& vcTypes, bool vbSkipAfterError);
+    // Firmware: the file checks, the 0xD9 handshake around the stream, the stream on the raw port.
+    bool FirmwareFileAccepted(clsError& rcError, const QString& vsFileName);
+    void DownloadFirmware(clsError& rcError, const QString& vsFileName);
+    void StreamFirmware(clsError& rcError, const QString& vsFileName);
 
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();

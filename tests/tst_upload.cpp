@@ -415,6 +415,47 @@ private slots:
         QCOMPARE(BoxTexts(r), QStringList{kWriteFailed});
     }
 
+    // The cable pulled at each phase of a two-file upload: a clear error within
+    // the documented waits (six seconds of retries, or one second for a write),
+    // and the files on the PC untouched.
+    void cablePulled_data()
+    {
+        QTest::addColumn<int>("silentFrom"); // request number
+        QTest::addColumn<int>("error");
+        QTest::addColumn<quint32>("waitMs");
+        QTest::newRow("before the memory map") << 3 << 0x20000002 << 6000u;
+        QTest::newRow("during the emptiness check") << 9 << 0x20000002 << 6000u;
+        QTest::newRow("mid-page") << 19 << 0x20000001 << 1000u;
+        QTest::newRow("between files") << 23 << 0x20000002 << 6000u;
+    }
+    void cablePulled()
+    {
+        QFETCH(int, silentFrom);
+        QFETCH(int, error);
+        QFETCH(quint32, waitMs);
+        SimRig r;
+        r.display.SetGeometry(0, 12, 8, 64);
+        r.display.Faults().SilentFromRequest = silentFrom;
+        r.t.dialogs.answers << MsgResult::Cancel;
+        QList<QByteArray> lcFiles = {Pattern(300, 1), Pattern(200, 2)};
+        const QStringList lcPaths = {PutFile(r, QStringLiteral("a.ssl"), lcFiles[0]),
+                                     PutFile(r, QStringLiteral("b.sfl"), lcFiles[1])};
+        r.app().Settings().SetLastFilenames(1, lcPaths[0]);
+        r.app().Settings().SetLastFilenames(2, lcPaths[1]);
+        r.app().UploadSelection().SetTicked(UploadType::SSL, true);
+        r.app().UploadSelection().SetTicked(UploadType::SFL, true);
+        clsError lcError;
+        r.app().HandleUploadDatabases(lcError);
+        QCOMPARE(lcError.Error(), error);
+        QCOMPARE(r.display.Stats().requests - r.display.Stats().silent, silentFrom - 1);
+        // the whole run, the waits for the silent display included
+        const quint32 llElapsed = r.clock->timeGetTime();
+        QVERIFY2(llElapsed < waitMs + 1000, qPrintable(QString::number(llElapsed)));
+        QCOMPARE(ReadAll(lcPaths[0]), lcFiles[0]);
+        QCOMPARE(ReadAll(lcPaths[1]), lcFiles[1]);
+        QVERIFY(!r.app().CommunicationIsRunning());
+    }
+
     // Each member of the choose family opens the dialog with its type's filter;
     // a choice lands in the settings and the text box, a cancel changes nothing.
     void chooseFile_data()
