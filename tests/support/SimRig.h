@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TestApp.h"
+#include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimSerialPort.h"
 
@@ -14,8 +15,22 @@ struct SimRig {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
     TestApp t{&port};
+    // The Memory Display's bootloader behind the display, after it said yes to 0xD9.
+    clsSimBootloader bootloader;
+    // Every byte the bootloader was given, in order.
+    QByteArray bootloaderReceived;
 
-    SimRig() { clock = &t.clock; }
+    SimRig()
+    {
+        clock = &t.clock;
+        display.SetBootloaderHook([this](const QByteArray& vcBytes) {
+            bootloaderReceived += vcBytes;
+            BootloaderReply lcReply{bootloader.Receive(vcBytes), bootloader.Restarted()};
+            if (lcReply.restarted)
+                bootloader.Reset();
+            return lcReply;
+        });
+    }
     clsApplication& app() { return *t.app; }
 
     // The function codes of the requests the display received, in order.
