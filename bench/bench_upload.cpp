@@ -85,8 +85,8 @@ qint64 OverPty(const QString& vsFile, const QString& vsDir)
         std::fprintf(stderr, "bench_upload: the simulator did not start\n");
         return -1;
     }
-    QtSerialPort lcPort;
     QtEventLoop lcLoop;
+    QtSerialPort lcPort(lcLoop);
     BenchDialogs lcDialogs;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;

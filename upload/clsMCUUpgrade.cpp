@@ -1,6 +1,7 @@
 #include "upload/clsMCUUpgrade.h"
 
 #include "app/clsApplication.h"
+#include "app/clsCommunicationScope.h"
 #include "app/clsError.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/Err.h"
@@ -13,13 +14,6 @@ namespace {
 const QString kWriteFailed = QStringLiteral("Unable to write to diplay, aborting upload");
 // Two address bytes reach 64 KiB into a page.
 constexpr qint32 kMaxSizeOnePage = 16;
-
-// Whatever way the upload ends, the link is given back.
-struct CommunicationScope {
-    explicit CommunicationScope(clsApplication& rcApp) : mrApp(rcApp) { mrApp.SetCommunicationIsRunning(true); }
-    ~CommunicationScope() { mrApp.SetCommunicationIsRunning(false); }
-    clsApplication& mrApp;
-};
 }
 
 clsMCUUpgrade::clsMCUUpgrade(clsApplication& rcApp)
@@ -41,7 +35,7 @@ void clsMCUUpgrade::StartUpLoad(clsError& rcError, qint32& rlStartPage)
     lcSmall.SetMax(3);
     mlBytesWritten = 0;
     {
-        CommunicationScope lcScope(mrApp);
+        clsCommunicationScope lcScope(mrApp);
         mcInfo = clsFlashMemInfo();
         // Once an earlier file of the run failed, nothing more goes to the display.
         if (!rcError.IsError())
