@@ -456,6 +456,59 @@ private slots:
         QVERIFY(!r.app().CommunicationIsRunning());
     }
 
+    // The upload buttons' texts and boxes, shared by the window and the command line.
+    void uploadButtons_data()
+    {
+        QTest::addColumn<bool>("software");
+        QTest::addColumn<QString>("file"); // "" nothing ticked, "?" ticked but not there
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<MsgIcon>("icon");
+        QTest::addColumn<int>("error");
+        for (const bool lbSoftware : {false, true}) {
+            const char* lsPage = lbSoftware ? "software: " : "databases: ";
+            QTest::newRow(qPrintable(lsPage + QStringLiteral("nothing ticked")))
+                << lbSoftware << "" << "KVT Upload: Please select one or more items to upload" << MsgIcon::None
+                << 0x20000009;
+            QTest::newRow(qPrintable(lsPage + QStringLiteral("done")))
+                << lbSoftware << "f.bin" << "KVT Upload: Upload successfully completed" << MsgIcon::None << 0;
+            QTest::newRow(qPrintable(lsPage + QStringLiteral("failed")))
+                << lbSoftware << "?" << "KVT Upload ERROR: ERROR: Upload Failed: Unable to find '%1missing'"
+                << MsgIcon::Critical << 0x2000000A;
+        }
+    }
+    void uploadButtons()
+    {
+        QFETCH(bool, software);
+        QFETCH(QString, file);
+        QFETCH(QString, box);
+        QFETCH(MsgIcon, icon);
+        QFETCH(int, error);
+        SimRig r;
+        r.display.SetGeometry(0, 8, 8, 64);
+        const UploadType lType = software ? UploadType::KVTSA : UploadType::UFL;
+        if (!file.isEmpty()) {
+            const QString lsPath = file == QLatin1String("?") ? r.t.Home() + QStringLiteral("missing")
+                                                              : PutFile(r, file, Pattern(100));
+            r.app().Settings().SetLastFilenames(clsUpgradeFile::Of(lType).Index, lsPath);
+            r.app().UploadSelection().SetTicked(lType, true);
+        }
+        const clsOutcome lcOutcome =
+            software ? r.app().cmdInstallKVTSoftware_Click() : r.app().cmdUploadDatabases_Click();
+        QCOMPARE(lcOutcome.Number, error);
+        QCOMPARE(r.t.dialogs.boxes.size(), 1);
+        QCOMPARE(r.t.dialogs.boxes[0].title + QStringLiteral(": ") + r.t.dialogs.boxes[0].text,
+                 QString(box).replace(QStringLiteral("%1"), r.t.Home()));
+        QCOMPARE(r.t.dialogs.boxes[0].icon, icon);
+        QCOMPARE(r.t.dialogs.boxes[0].buttons, MsgButtons::OK);
+        // the window is off for the run and the grid keeps its rows; nothing at all when nothing is ticked
+        QCOMPARE(r.t.window.calls.contains(QStringLiteral("EnableButtons(0)")), !file.isEmpty());
+        QVERIFY(!r.t.window.calls.contains(QStringLiteral("ClearGrid")));
+        QCOMPARE(r.display.Requests().isEmpty(), file.isEmpty());
+        // the error went through HandleError: its text on the status line
+        if (error && !file.isEmpty())
+            QCOMPARE(r.app().Status().StatusString(), lcOutcome.Description);
+    }
+
     // Each member of the choose family opens the dialog with its type's filter;
     // a choice lands in the settings and the text box, a cancel changes nothing.
     void chooseFile_data()

@@ -36,7 +36,8 @@ clsOutcome clsApplication::UploadClick(const std::vector<UploadType>& vcTypes,
         lcOutcome.Description = lsText;
         return lcOutcome;
     }
-    return RunOperation([&](clsError& rcError) {
+    // The buttons' frame with HandleError: the grid keeps its records.
+    return clsOperation(*this, clsOperation::Kind::Buttons, true).Run([&](clsError& rcError) {
         if (!Err::Trap([&]() { vUpload(rcError); }))
             rcError.CheckVBError();
         if (rcError.IsError())
