@@ -6,7 +6,15 @@ namespace {
 const QSet<QString> kValueOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--port"), QStringLiteral("--show"),
     QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"),
+    QStringLiteral("--ssl"), QStringLiteral("--sfl"), QStringLiteral("--usl"), QStringLiteral("--ufl"),
+    QStringLiteral("--kvt"), QStringLiteral("--kvt-sa"), QStringLiteral("--kvt-snd"), QStringLiteral("--kvt-md"),
 };
+// The options of each upload command: its file types, and the read-back.
+const QSet<QString> kDatabaseOptions = {QStringLiteral("--ssl"), QStringLiteral("--sfl"), QStringLiteral("--usl"),
+                                        QStringLiteral("--ufl"), QStringLiteral("--verify")};
+const QSet<QString> kSoftwareOptions = {QStringLiteral("--kvt"), QStringLiteral("--kvt-sa"),
+                                        QStringLiteral("--kvt-snd"), QStringLiteral("--verify")};
+const QSet<QString> kFirmwareOptions = {QStringLiteral("--kvt-md")};
 const QSet<QString> kCommonOptions = {
     QStringLiteral("--port"), QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--yes"),
     QStringLiteral("--no"), QStringLiteral("--simulate"), QStringLiteral("-v"), QStringLiteral("--verbose"),
@@ -33,6 +41,16 @@ const QString kVerboseHelp = QStringLiteral(
     "  --help          this text\n");
 const QString kCommonHelp = QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kSimulateHelp + kVerboseHelp;
 
+const QString kVerifyHelp = QStringLiteral(
+    "  --verify        read every page back after the upload and compare it with the\n"
+    "                  file; a difference is an error naming file, page and offset\n");
+const QString kUploadIntro = QStringLiteral(
+    "Each option names the file of one type and ticks it, as the Select button and\n"
+    "the tick box of the window's upload page do; the file is remembered in\n"
+    "kvtDsw.ini. The files are all checked first, then written one after the other,\n"
+    "each on fresh pages. A display whose upload area is not empty is erased first\n"
+    "when the question \"Display not empty do you whish to continue?\" is answered yes.\n\n");
+
 const QString kSaveHelp = QStringLiteral(
     "  -o FILE         save the records as a tab-delimited text file\n"
     "  --print         print the table (header and shown rows, tab-separated) on stdout\n"
@@ -52,6 +70,12 @@ QString clsCliOptions::CommandName(Command vCommand)
         return QStringLiteral("decode");
     case Command::Id:
         return QStringLiteral("id");
+    case Command::UploadDb:
+        return QStringLiteral("upload-db");
+    case Command::UploadSoftware:
+        return QStringLiteral("upload-software");
+    case Command::UpdateFirmware:
+        return QStringLiteral("update-firmware");
     case Command::None:
         break;
     }
@@ -63,13 +87,17 @@ QString clsCliOptions::ProgramHelp()
     return QStringLiteral(
                "Usage: corvane COMMAND [OPTIONS]\n"
                "Corvane Desktop on the command line: copy the logged trips and alarms out of a\n"
-               "KVT Memory Display, save them as a tab-delimited file, erase the display.\n"
+               "KVT Memory Display, save them as a tab-delimited file, erase the display, load\n"
+               "new databases and software into it.\n"
                "\n"
                "Commands:\n"
                "  download   copy the logged data from the display and save it (-o FILE)\n"
                "  erase      erase the logged data in the display\n"
                "  decode     decode page files saved earlier (--geometry FIRST,LAST,SIZELOG2 DIR)\n"
-               "  id         show the display's ID\n")
+               "  id         show the display's ID\n"
+               "  upload-db  load warning databases into the display (--ssl --sfl --usl --ufl)\n"
+               "  upload-software  load the display's software (--kvt --kvt-sa --kvt-snd)\n"
+               "  update-firmware  update the Memory Display's firmware (--kvt-md)\n")
         + kCommonHelp
         + QStringLiteral("  --version       the program's version\n"
                          "\n"
@@ -103,6 +131,36 @@ QString clsCliOptions::CommandHelp(Command vCommand)
     case Command::Id:
         return QStringLiteral("Usage: corvane id [OPTIONS]\n"
                               "Shows the ID of the connected display.\n\n")
+            + kCommonHelp;
+    case Command::UploadDb:
+        return QStringLiteral("Usage: corvane upload-db [--ssl F] [--sfl F] [--usl F] [--ufl F] [--verify] [OPTIONS]\n"
+                              "Loads warning databases into the display, in the order SSL, SFL, USL, UFL.\n")
+            + kUploadIntro
+            + QStringLiteral("Options:\n"
+                             "  --ssl F         the Corvane SpotList\n"
+                             "  --sfl F         the Corvane FalseList\n"
+                             "  --usl F         your own SpotList\n"
+                             "  --ufl F         your own FalseList\n")
+            + kVerifyHelp + kCommonHelp;
+    case Command::UploadSoftware:
+        return QStringLiteral("Usage: corvane upload-software [--kvt F] [--kvt-sa F] [--kvt-snd F] [--verify] [OPTIONS]\n"
+                              "Loads the display's software, in the order KVT, KVT_SA, KVT_SND.\n")
+            + kUploadIntro
+            + QStringLiteral("Options:\n"
+                             "  --kvt F         the Corvane Operating System (.kvt)\n"
+                             "  --kvt-sa F      the spectrum analyser firmware (.kvt_sa)\n"
+                             "  --kvt-snd F     the sounds (.kvt_snd)\n")
+            + kVerifyHelp + kCommonHelp;
+    case Command::UpdateFirmware:
+        return QStringLiteral("Usage: corvane update-firmware [--kvt-md F] [OPTIONS]\n"
+                              "Updates the Memory Display's firmware through its bootloader, line by line,\n"
+                              "showing the line it sends, the lines rejected (NAK) and the resynchronisations\n"
+                              "of a silent unit. Without --kvt-md the file remembered in kvtDsw.ini is sent.\n"
+                              "Do not disconnect the display meanwhile. Ctrl+C stops between two lines (exit\n"
+                              "status 130); the display then stays in its bootloader until the update is run\n"
+                              "again.\n\n"
+                              "Options:\n"
+                              "  --kvt-md F      the Memory Display firmware (.kvt_md); remembered\n")
             + kCommonHelp;
     case Command::None:
         break;
@@ -166,7 +224,8 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
             }
             lcGiven.append({lsName, lsValue});
         } else if (mCommand == Command::None) {
-            for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id}) {
+            for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id,
+                                      Command::UploadDb, Command::UploadSoftware, Command::UpdateFirmware}) {
                 if (CommandName(lcCommand) == lsArgument)
                     mCommand = lcCommand;
             }
@@ -205,12 +264,19 @@ bool clsCliOptions::Accepts(const QString& vsName) const
             || (kCommonOptions.contains(vsName) && !kNotForDecode.contains(vsName));
     if (mCommand == Command::Download)
         return kSaveOptions.contains(vsName) || kCommonOptions.contains(vsName);
+    if (mCommand == Command::UploadDb)
+        return kDatabaseOptions.contains(vsName) || kCommonOptions.contains(vsName);
+    if (mCommand == Command::UploadSoftware)
+        return kSoftwareOptions.contains(vsName) || kCommonOptions.contains(vsName);
+    if (mCommand == Command::UpdateFirmware)
+        return kFirmwareOptions.contains(vsName) || kCommonOptions.contains(vsName);
     return kCommonOptions.contains(vsName);
 }
 
 bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
 {
-    if (!kValueOptions.contains(vsName) && !kCommonOptions.contains(vsName) && !kSaveOptions.contains(vsName))
+    if (!kValueOptions.contains(vsName) && !kCommonOptions.contains(vsName) && !kSaveOptions.contains(vsName) &&
+        vsName != QLatin1String("--verify"))
         return Refuse(QStringLiteral("unknown option ") + vsName);
     if (!Accepts(vsName))
         return Refuse(vsName + QStringLiteral(" does not go with ") + CommandName(mCommand));
@@ -230,6 +296,10 @@ bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
         return SetGeometry(vsValue);
     else if (vsName == QLatin1String("--print"))
         mbPrint = true;
+    else if (vsName == QLatin1String("--verify"))
+        mbVerify = true;
+    else if (kDatabaseOptions.contains(vsName) || kSoftwareOptions.contains(vsName) || kFirmwareOptions.contains(vsName))
+        return SetUploadFile(vsName, vsValue);
     else if (vsName == QLatin1String("--simulate"))
         mbSimulate = true;
     else if (vsName == QLatin1String("-v") || vsName == QLatin1String("--verbose"))
@@ -302,6 +372,20 @@ bool clsCliOptions::SetGeometry(const QString& vsGeometry)
     mcGeometry.SetSizeOnePage(llValues[2]);
     mbGeometryGiven = true;
     return true;
+}
+
+bool clsCliOptions::SetUploadFile(const QString& vsOption, const QString& vsFile)
+{
+    for (const clsUpgradeFile::Row& lcRow : clsUpgradeFile::Table()) {
+        if (vsOption != QLatin1String(lcRow.Option))
+            continue;
+        for (const auto& lcGiven : mcUploadFiles)
+            if (lcGiven.first == lcRow.Type)
+                return Refuse(vsOption + QStringLiteral(" is given twice"));
+        mcUploadFiles.append({lcRow.Type, vsFile});
+        return true;
+    }
+    return Refuse(QStringLiteral("unknown option ") + vsOption);
 }
 
 bool clsCliOptions::CheckComplete()

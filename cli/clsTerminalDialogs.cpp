@@ -127,5 +127,7 @@ QString clsTerminalDialogs::ShowOpen(const QString& vsFilter, const QString& vsF
     (void)vsFilter;
     (void)vsFileName;
     (void)vsInitDir;
-    return QString();
+    QString lsName;
+    lsName.swap(msOpenFileName);
+    return lsName;
 }

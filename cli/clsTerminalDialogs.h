@@ -23,8 +23,10 @@ public:
 
     MsgResult MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle) override;
     QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
-    // The command line has no use for an open dialog: every file it reads is named on the command line.
+    // Every file the command line reads is named on the command line: the open
+    // dialog gives back the name set for it, once, and is cancelled otherwise.
     QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+    void SetOpenFileName(const QString& vsFileName) { msOpenFileName = vsFileName; }
 
     // The name the save dialog gives back (-o); empty means ask, or cancel when nobody can be asked.
     void SetSaveFileName(const QString& vsFileName) { msSaveFileName = vsFileName; }
@@ -40,6 +42,7 @@ private:
     clsCliOptions::Answer mAnswer;
     bool mbInteractive;
     QString msSaveFileName;
+    QString msOpenFileName;
     std::function<void(const QString&)> mOnUnanswered;
     QList<Box> mcBoxes;
 };

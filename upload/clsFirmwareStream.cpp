@@ -177,9 +177,11 @@ void clsFirmwareStream::Write(const QByteArray& vcBytes)
         Err::Raise(kDeviceIOError, QStringLiteral("SendFirmwareFile"));
 }
 
+// The line in flight on the status line; every retry in the log.
 void clsFirmwareStream::Report(const QString& vsText, bool vbWarning)
 {
-    mrApp.Status().SetStatusString(vsText);
     if (vbWarning)
         mrApp.Logger().AddWarningToLog(vsText);
+    else
+        mrApp.Status().SetStatusString(vsText);
 }
