@@ -148,7 +148,11 @@ public:
     void ShowRecords(clsError& rcError);
     clsRecordCollection& Records() { return *mcRecords; }
     clsRecordSelection& Selection() { return mcSelection; }
+
+    // ---- Place table: data/clsApplicationPlaces.cpp ----
     clsGpsPlaces& GpsPlaces();
+    // Where postcode.gps is read from, for a program in vsProgramDirectory.
+    static QString LocatePlacesFile(const QString& vsStdDirectory, const QString& vsProgramDirectory);
 
     // ---- Export: export/clsApplicationExport.cpp ----
     void SaveToDisk(clsError& rcError);
@@ -229,7 +233,10 @@ private:
     bool FirmwareFileAccepted(clsError& rcError, const QString& vsFileName);
     void DownloadFirmware(clsError& rcError, const QString& vsFileName);
     void StreamFirmware(clsError& rcError, const QString& vsFileName);
+    // Place table: made by Init (or by the first use in an application that was not started).
+    void CreateGpsPlaces();
 
+    void StartLogging();
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
