@@ -8,6 +8,7 @@
 #include "link/clsHalvexMsg.h"
 #include "platform/IEventLoop.h"
 #include "platform/IMainWindow.h"
+#include "platform/IUserDialogs.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -88,6 +89,13 @@ void clsApplication::DeInit()
     mcPlatform.EventLoop->DoEvents();
     if (mcTimer)
         mcTimer->SetEnabled(false);
+    // Write failures of the settings are ignored, but the user hears once
+    // that they will be lost, while the log still takes lines.
+    const QString lsSaveProblem = mcSettings->SaveProblem();
+    if (!lsSaveProblem.isEmpty() && mcPlatform.Dialogs) {
+        mcLogger->AddErrorToLog(lsSaveProblem);
+        mcPlatform.Dialogs->MsgBox(lsSaveProblem, MsgButtons::OK, MsgIcon::Exclamation, ApplicationName());
+    }
     mcLogger->DeInit();
     mcSettings->DeInit();
     if (mcMessage)
