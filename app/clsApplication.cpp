@@ -53,11 +53,8 @@ void clsApplication::Init()
     MessageBrooker().SetHostAddress(1);
     mcRecords->Clear();
     ApplyPortSettings();
-    if (mPortSearch) {
-        clsError lcError;
-        mPortSearch(lcError);
-        HandleError(lcError);
-    }
+    AttachCodec();
+    RunPortDiscovery();
     mcTimer = std::make_unique<clsDTimer>();
     connect(mcTimer.get(), &clsDTimer::Tick, this, &clsApplication::mcTimer_Tick);
     mcTimer->SetInterval(1000);
@@ -92,9 +89,10 @@ void clsApplication::DeInit()
     // Write failures of the settings are ignored, but the user hears once
     // that they will be lost, while the log still takes lines.
     const QString lsSaveProblem = mcSettings->SaveProblem();
-    if (!lsSaveProblem.isEmpty() && mcPlatform.Dialogs) {
+    if (!lsSaveProblem.isEmpty()) {
         mcLogger->AddErrorToLog(lsSaveProblem);
-        mcPlatform.Dialogs->MsgBox(lsSaveProblem, MsgButtons::OK, MsgIcon::Exclamation, ApplicationName());
+        if (mcPlatform.Dialogs)
+            mcPlatform.Dialogs->MsgBox(lsSaveProblem, MsgButtons::OK, MsgIcon::Exclamation, ApplicationName());
     }
     mcLogger->DeInit();
     mcSettings->DeInit();
