@@ -34,6 +34,8 @@ public:
     QString msHome;
     QString msPlaces;
     Answer mAnswer = Answer::Ask;
+    // How often --yes answers OK when a silent display is to be tried again.
+    int mlReconnects = 2;
     bool mbSimulate = false;
     bool mbVerbose = false;
     clsFlashMemInfo mcGeometry;
@@ -49,6 +51,7 @@ private:
     bool SetPort(const QString& vsPort);
     bool SetShow(const QString& vsKinds);
     bool SetGeometry(const QString& vsGeometry);
+    bool SetReconnects(const QString& vsCount);
     bool CheckComplete();
 
     QString msUsageError;
