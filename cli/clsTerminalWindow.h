@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QStringList>
 #include <cstdio>
+#include <functional>
 
 class clsApplication;
 
@@ -48,6 +49,8 @@ public:
     void PrintLine(const QString& vsText, bool vbNewLine = true);
     // Ends the progress line so that what follows starts on a fresh line.
     void Finish();
+    // Rewrites every text before it is shown: file names the user should see instead of the program's own.
+    void SetUserNames(std::function<QString(const QString&)> vUserNames) { mUserNames = std::move(vUserNames); }
     QStringList GridRows() const { return mcGridRows; }
     // The progress line as it stands now.
     QString ProgressText() const;
@@ -81,4 +84,5 @@ private:
     clsTerminalBar mcBars[3];
     QStringList mcGridRows;
     QMap<int, QString> mcUploadFiles;
+    std::function<QString(const QString&)> mUserNames;
 };
