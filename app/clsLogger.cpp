@@ -5,6 +5,7 @@
 #include "platform/IUserDialogs.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -55,7 +56,9 @@ void clsLogger::AddToLog(const QString& vsMessage, bool vbRaw)
                                        + QStringLiteral(" - ") + vsMessage;
     QFile lcFile(msFile);
     if (!lcFile.open(QIODevice::Append))
-        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"));
+        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"),
+                   clsRuntimeError::StandardDescription(VbError::PathFileAccessError) + QStringLiteral(": ")
+                       + QDir::toNativeSeparators(msFile));
     lcFile.write(Cp1252::Encode(lsLine) + "\r\n");
     if (mEcho)
         mEcho(lsLine);
