@@ -229,6 +229,10 @@ void tst_BadInput::yesGivesUpOnAMissingDisplay()
     Scene s;
     const clsRun lcRun = Corvane({"id", "--yes", "--port", "/dev/ttyNOPE", "--home", s.Home()}, 60000);
     QCOMPARE(lcRun.exitCode, 1);
+    // The port's own reason comes once, before the first question.
+    const QString lsReason = QStringLiteral("corvane: Unable to open serial port /dev/ttyNOPE: No such file or directory\n");
+    QCOMPARE(lcRun.err.count(lsReason), 1);
+    QVERIFY(lcRun.err.indexOf(lsReason) < lcRun.err.indexOf(QStringLiteral("Unable to communicate with display")));
     QCOMPARE(lcRun.err.count(QStringLiteral("Corvane Desktop: Unable to communicate with display\n")), 3);
     QCOMPARE(lcRun.err.count(QStringLiteral("[OK/Cancel] OK\n")), 2);
     QCOMPARE(lcRun.err.count(QStringLiteral("[OK/Cancel] Cancel (--reconnect 2: no more attempts)\n")), 1);
