@@ -202,6 +202,9 @@ public:
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
+    // The serial port could not be opened or went away; the text, naming the
+    // port and the system's reason, is also in the log.
+    void PortTrouble(const QString& vsText);
 
 private:
     friend class clsOperation;
