@@ -146,11 +146,6 @@ void clsApplication::mcDelayedQuite_Tick()
     Quite();
 }
 
-// Auto-detection of a plugged-in display plugs in here; until then a tick does nothing.
-void clsApplication::mcTimer_Tick()
-{
-}
-
 QString clsApplication::VersionString()
 {
     return QStringLiteral("%1.%2.%3")

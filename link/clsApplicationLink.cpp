@@ -62,14 +62,19 @@ void clsApplication::RunPortDiscovery()
     if (!mPortDiscovery)
         return;
     clsError lcError;
-    Err::Trap([&]() { mcUsbPort = mPortDiscovery(lcError); });
+    Err::Trap([&]() { UseFoundPort(mPortDiscovery(lcError)); });
+    HandleError(lcError);
+}
+
+void clsApplication::UseFoundPort(const clsFoundPort& vcFound)
+{
+    mcUsbPort = vcFound;
     ISerialPort* lcPort = mcPlatform.Port;
     if (mcUsbPort.Found && !mcUsbPort.Port.isEmpty() && lcPort) {
         if (lcPort->PortOpen())
             lcPort->SetPortOpen(false);
         lcPort->SetCommPort(mcUsbPort.Port);
     }
-    HandleError(lcError);
 }
 
 void clsApplication::StartAutoDetection()
