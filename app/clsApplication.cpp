@@ -53,11 +53,8 @@ void clsApplication::Init()
     mcRecords->Clear();
     CreateGpsPlaces();
     ApplyPortSettings();
-    if (mPortSearch) {
-        clsError lcError;
-        mPortSearch(lcError);
-        HandleError(lcError);
-    }
+    AttachCodec();
+    RunPortDiscovery();
     mcTimer = std::make_unique<clsDTimer>();
     connect(mcTimer.get(), &clsDTimer::Tick, this, &clsApplication::mcTimer_Tick);
     mcTimer->SetInterval(1000);

@@ -3,6 +3,7 @@
 
 #include "app/clsApplication.h"
 
+#include "app/clsCommunicationScope.h"
 #include "app/clsLogger.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
@@ -73,17 +74,6 @@ qint32 PageSize(qint32 vlSizeOnePage)
     return qint32(ldSize);
 }
 
-// Whatever way the download ends, the link is given back.
-struct CommunicationScope {
-    explicit CommunicationScope(clsApplication& rcApp)
-        : mrApp(rcApp)
-    {
-        mrApp.SetCommunicationIsRunning(true);
-    }
-    ~CommunicationScope() { mrApp.SetCommunicationIsRunning(false); }
-    clsApplication& mrApp;
-};
-
 }
 
 void clsApplication::GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo)
@@ -122,7 +112,7 @@ QString clsApplication::PageFileName(qint32 vlPage) const
 // The first page of the area is never read: it holds nothing for the PC.
 void clsApplication::DownloadPages(clsError& rcError)
 {
-    CommunicationScope lcScope(*this);
+    clsCommunicationScope lcScope(*this);
     msDisplayId = GetDallesID(rcError);
     while (mcRecords->Count() > 0)
         mcRecords->Remove(mcRecords->Count());
