@@ -3,10 +3,10 @@
 #include <QFile>
 #include <QRegularExpression>
 
-TestApp::TestApp(ISerialPort* vcPort, bool vbInit)
+TestApp::TestApp(ISerialPort* vcPort, bool vbInit, IEventLoop* vcLoop)
 {
     clsPlatform lcPlatform;
-    lcPlatform.EventLoop = &clock;
+    lcPlatform.EventLoop = vcLoop ? vcLoop : &clock;
     lcPlatform.Dialogs = &dialogs;
     lcPlatform.MainWindow = &window;
     lcPlatform.Port = vcPort;

@@ -9,10 +9,10 @@
 #include <QTemporaryDir>
 #include <memory>
 
-// An application on the virtual clock with scripted dialogs, a recording
-// window and its own temporary home directory.
+// An application with scripted dialogs, a recording window and its own
+// temporary home directory, on the virtual clock unless given another loop.
 struct TestApp {
-    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true);
+    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true, IEventLoop* vcLoop = nullptr);
     ~TestApp();
 
     QString Home() const { return home.path() + QLatin1Char('/'); }
