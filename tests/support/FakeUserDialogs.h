@@ -22,7 +22,8 @@ public:
     QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
     QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
 
-    // Answers in order; with the queue empty, OK-only boxes answer OK and any other box fails the test.
+    // Answers in order; with the queue empty, OK-only boxes answer OK and any
+    // other box fails the test and answers Cancel.
     QQueue<MsgResult> answers;
     // File names the dialogs return in order; empty queue means cancel.
     QQueue<QString> fileNames;
