@@ -24,8 +24,8 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "bench_sim_pty: the simulator did not start\n");
         return 1;
     }
-    QtSerialPort lcPort;
     QtEventLoop lcLoop;
+    QtSerialPort lcPort(lcLoop);
     TestApp t(&lcPort, true, &lcLoop);
     clsApplication& lcApp = *t.app;
     lcApp.Settings().SetPortPath(lcSim.Link());

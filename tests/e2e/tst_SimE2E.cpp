@@ -6,6 +6,7 @@
 #include "TestApp.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
+#include "link/clsRawPortSession.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "sim/clsSimSamples.h"
@@ -20,11 +21,11 @@ namespace {
 class clsWarpEventLoop : public QtEventLoop
 {
 public:
-    explicit clsWarpEventLoop(const ISerialPort& rcPort) : mrPort(rcPort) {}
+    void Watch(const ISerialPort& rcPort) { mcPort = &rcPort; }
     quint32 timeGetTime() override { return QtEventLoop::timeGetTime() + mlSkipped; }
     void WaitForEvents(quint32 vlDeadline) override
     {
-        if (mrPort.PortOpen()) {
+        if (!mcPort || mcPort->PortOpen()) {
             QtEventLoop::WaitForEvents(vlDeadline);
             return;
         }
@@ -35,7 +36,7 @@ public:
     }
 
 private:
-    const ISerialPort& mrPort;
+    const ISerialPort* mcPort = nullptr;
     quint32 mlSkipped = 0;
 };
 
@@ -44,6 +45,7 @@ private:
 struct clsPtyApp {
     explicit clsPtyApp(const QStringList& vcArguments)
     {
+        loop.Watch(port);
         connected = sim.Start(vcArguments);
         t.app->Settings().SetPortPath(sim.Link());
         t.app->ApplyPortSettings();
@@ -51,8 +53,8 @@ struct clsPtyApp {
 
     SimProcess sim;
     bool connected = false;
-    QtSerialPort port;
-    clsWarpEventLoop loop{port};
+    clsWarpEventLoop loop;
+    QtSerialPort port{loop};
     TestApp t{&port, true, &loop};
 };
 
@@ -112,32 +114,30 @@ void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
     QCOMPARE(lcMsg.ReceiveArguments(0), quint8(1));
 
     // The raw stream: the host reads the port itself, line by line, as the firmware upload does.
-    lcMsg.StopComSending();
-    lcHost.port.SetOnComm({});
     QStringList lcAnswers;
-    const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
-    for (int i = 1; i < lcLines.size(); ++i) {
-        const QByteArray lcLine = lcLines[i].trimmed();
-        if (lcLine.isEmpty())
-            continue;
-        for (;;) {
-            QVERIFY(lcHost.port.Output(QByteArray::fromHex(lcLine)));
-            QByteArray lcReply;
-            const quint32 llDeadline = lcHost.loop.timeGetTime() + 2000;
-            while (lcReply.size() <= 3 && qint32(llDeadline - lcHost.loop.timeGetTime()) > 0) {
-                lcHost.loop.WaitForEvents(llDeadline);
-                lcReply += lcHost.port.Input();
+    {
+        clsRawPortSession lcRaw(*lcHost.t.app);
+        const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
+        for (int i = 1; i < lcLines.size(); ++i) {
+            const QByteArray lcLine = lcLines[i].trimmed();
+            if (lcLine.isEmpty())
+                continue;
+            for (;;) {
+                QVERIFY(lcRaw.Output(QByteArray::fromHex(lcLine)));
+                lcRaw.Flush();
+                QByteArray lcReply;
+                const quint32 llDeadline = lcHost.loop.timeGetTime() + 2000;
+                while (lcReply.size() <= 3 && lcRaw.WaitForInput(llDeadline))
+                    lcReply += lcRaw.Input();
+                lcAnswers << QString::fromLatin1(lcReply).trimmed();
+                if (!lcReply.startsWith("NAK"))
+                    break;
             }
-            lcAnswers << QString::fromLatin1(lcReply).trimmed();
-            if (!lcReply.startsWith("NAK"))
-                break;
         }
     }
     QCOMPARE(lcAnswers, QStringList({"NAK", "NAK", "OK", "OK", "OK", "OK", "ACK", "REB"}));
 
     // Restarted: frames again.
-    lcHost.t.app->ApplyPortSettings();
-    lcMsg.StartComSending();
     clsError lcError;
     QVERIFY(!lcHost.t.app->GetDallesID(lcError).isEmpty());
     QVERIFY(!lcError.IsError());
