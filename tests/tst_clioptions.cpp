@@ -51,6 +51,8 @@ void tst_clioptions::parse_data()
     QTest::newRow("inline values, options ended")
         << "decode --output=t.txt --show=all --geometry=0,7,10 -- -pages"
         << "decode|t.txt|||ask|||route,police,tank,tc,dbg-route,dbg-km|0,7,10|-pages";
+    QTest::newRow("a lone dash is the directory") << "decode --geometry 0,7,10 -"
+                                                  << "decode||||ask|||route,police,tank,tc|0,7,10|-";
     QTest::newRow("simulated, shown nothing") << "download --simulate --port 3 --no --show none"
                                               << "download||3||no|simulate||||";
 }
