@@ -26,7 +26,7 @@ int main(int argc, char** argv)
     }
     QtEventLoop lcLoop;
     QtSerialPort lcPort(lcLoop);
-    TestApp t(&lcPort, true, &lcLoop);
+    TestApp t(&lcPort, true, nullptr, &lcLoop);
     clsApplication& lcApp = *t.app;
     lcApp.Settings().SetPortPath(lcSim.Link());
     lcApp.ApplyPortSettings();

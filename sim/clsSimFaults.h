@@ -40,6 +40,9 @@ struct clsSimFaults {
     QMap<qint32, int> ReadStatusOfPart;
     QMap<int, int> ReadStatusOfPage;
     double BadReadRate = 0;
+    // A memory map that reports this page-size exponent instead of the flash's
+    // own (-1: the truth), for sizes no flash in memory could have.
+    int ReportedSizeOnePage = -1;
     // Pages whose erase the display refuses (answer 0).
     QMap<int, bool> EraseRefused;
     // A zero checksum goes out without the 0x01 that keeps the host's receiver in step.
@@ -47,6 +50,9 @@ struct clsSimFaults {
     // Firmware download start (0xD9): no answer at all, or the answer "can't download".
     bool SilentOnDownloadStart = false;
     bool RefuseDownload = false;
+    // The drop, corrupt, wrong-function and late faults hit only answers to
+    // this function code (0: every answer), e.g. 0x33 for the flash writes.
+    int OnlyFunc = 0;
     quint32 Seed = 1;
 
     // Applies one "name=value" item or a comma list of them, for example

@@ -27,10 +27,13 @@ void tst_clioptions::parse_data()
         << "decode --geometry 0,7,10" << "bad: decode needs the directory that holds the page files";
     QTest::newRow("last before first")
         << "decode --geometry 3,1,8 ." << "bad: --geometry wants FIRST,LAST,SIZELOG2 with 0 <= FIRST <= LAST and "
-                                          "5 <= SIZELOG2 <= 20, not \"3,1,8\"";
+                                          "0 <= SIZELOG2 <= 30, not \"3,1,8\"";
     QTest::newRow("geometry of two numbers") << "decode --geometry 0,7 ." << "bad: --geometry wants FIRST,LAST,SIZELOG2 "
-                                                                             "with 0 <= FIRST <= LAST and 5 <= "
-                                                                             "SIZELOG2 <= 20, not \"0,7\"";
+                                                                             "with 0 <= FIRST <= LAST and 0 <= "
+                                                                             "SIZELOG2 <= 30, not \"0,7\"";
+    QTest::newRow("page beyond 32 bits") << "decode --geometry 0,1,31 ." << "bad: --geometry wants FIRST,LAST,"
+                                                                            "SIZELOG2 with 0 <= FIRST <= LAST and 0 <= "
+                                                                            "SIZELOG2 <= 30, not \"0,1,31\"";
     QTest::newRow("yes and no") << "id --yes --no" << "bad: --yes and --no exclude each other";
     QTest::newRow("unknown kind") << "download --show route,trains"
                                   << "bad: unknown kind \"trains\" for --show (route, police, tank, tc, dbg-route, "

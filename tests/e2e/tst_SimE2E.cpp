@@ -55,7 +55,7 @@ struct clsPtyApp {
     bool connected = false;
     clsWarpEventLoop loop;
     QtSerialPort port{loop};
-    TestApp t{&port, true, &loop};
+    TestApp t{&port, true, nullptr, &loop};
 };
 
 } // namespace

@@ -1,64 +1,19 @@
 // corvane as a user runs it: a separate process, against corvane-display-sim
 // on a pseudo-terminal through the real serial code, in real time.
 
+#include "CorvaneProcess.h"
 #include "PageFile.h"
 #include "SimProcess.h"
-#include "TestFiles.h"
+#include "platform/Cp1252.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
-const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane");
 const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
 // The geometry and ID the golden image was made with.
 const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
                               "--id", "12.0.34.5.6.7.8.9"};
 constexpr int kPageSize = 1024;
-
-struct clsRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-    qint64 ms = 0;
-};
-
-// Runs corvane with stdin a pipe, so it is not interactive.
-clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000)
-{
-    QProcess lcProcess;
-    QElapsedTimer lcTimer;
-    lcTimer.start();
-    lcProcess.start(kCorvane, vcArguments);
-    lcProcess.closeWriteChannel();
-    clsRun lcRun;
-    if (!lcProcess.waitForFinished(vlTimeoutMs)) {
-        lcProcess.kill();
-        lcProcess.waitForFinished();
-        lcRun.err = QStringLiteral("corvane did not finish in time\n");
-    } else if (lcProcess.exitStatus() == QProcess::NormalExit) {
-        lcRun.exitCode = lcProcess.exitCode();
-    }
-    lcRun.out = QString::fromLocal8Bit(lcProcess.readAllStandardOutput());
-    lcRun.err += QString::fromLocal8Bit(lcProcess.readAllStandardError());
-    lcRun.ms = lcTimer.elapsed();
-    return lcRun;
-}
-
-QMap<QString, QByteArray> Snapshot(const QString& vsDirectory)
-{
-    QMap<QString, QByteArray> lcFiles;
-    for (QDirIterator lcIt(vsDirectory, QDir::Files, QDirIterator::Subdirectories); lcIt.hasNext();) {
-        const QString lsPath = lcIt.next();
-        lcFiles[lsPath] = ReadAll(lsPath);
-    }
-    return lcFiles;
-}
 }
 
 class tst_Cli : public QObject
@@ -70,6 +25,8 @@ private slots:
     void badUsage();
     void downloadWritesTheGoldenFile();
     void decodeOfSavedPagesGivesTheSameFile();
+    void decodeOfPagesSmallerThanARecord_data();
+    void decodeOfPagesSmallerThanARecord();
     void erase_data();
     void erase();
     void silentDisplayIsCancelledUnderNo();
@@ -144,11 +101,39 @@ void tst_Cli::decodeOfSavedPagesGivesTheSameFile()
     const QMap<QString, QByteArray> lcBefore = Snapshot(lsPages);
     const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
 
-    const clsRun lcRun = Corvane({"decode", "--geometry", "0,7,10", "-o", lsTrips, lsPages});
+    const clsRun lcRun = Corvane({"decode", "--geometry", "0,7,10", "-o", lsTrips, "--print", lsPages});
 
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
     QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
     QCOMPARE(Snapshot(lsPages), lcBefore);
+    // --print: the header, then the saved lines without their route (the
+    // default selection shows the kinds that are saved; "Show route" is off).
+    QStringList lcExpected{QStringLiteral("#\tRitnumber\tDate\tStart Time\tStop Time\tDrive Time\tStart km\tEnd km\t"
+                                          "Driven km\tZip code\tZip code\tOrigin\tDestination\tType of trip\t"
+                                          "Direction\tSpeed\tEvent\tAmplitude\tFrequency\tTank receipt number\tRoute")};
+    for (const QString& lsLine : Cp1252::Decode(ReadAll(lsTrips)).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts))
+        lcExpected << lsLine.left(lsLine.lastIndexOf(QLatin1Char('\t')) + 1);
+    QCOMPARE(lcRun.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts), lcExpected);
+}
+
+// Every page size a display can report decodes; a page smaller than a
+// record holds none, and its file is read all the same.
+void tst_Cli::decodeOfPagesSmallerThanARecord_data()
+{
+    QTest::addColumn<QString>("sizeLog2");
+    QTest::newRow("1 byte") << "0";
+    QTest::newRow("16 bytes") << "4";
+}
+
+void tst_Cli::decodeOfPagesSmallerThanARecord()
+{
+    QFETCH(QString, sizeLog2);
+    QTemporaryDir lcDir;
+    WritePageFile(lcDir.filePath(QStringLiteral("Page1.DSW")), ReadAll(kGolden + "flash.img").mid(kPageSize, 16));
+    const clsRun lcRun = Corvane({"decode", "--geometry", "0,1," + sizeLog2, "--print", lcDir.path()});
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QVERIFY2(lcRun.err.contains(QStringLiteral("Copied 0 record(s) from KVT Memory Display")), qPrintable(lcRun.err));
+    QCOMPARE(lcRun.out.count(QLatin1Char('\n')), 1);
 }
 
 void tst_Cli::erase_data()
