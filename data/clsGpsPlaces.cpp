@@ -109,29 +109,37 @@ Line TakeField(Line& rcLine)
     return lcField;
 }
 
+// Where a place text stands in the block of all texts: its offset in the
+// high half, its length in the low half.
+quint64 Tag(qsizetype vlOffset, qsizetype vlLength)
+{
+    return (quint64(vlOffset) << 32) | quint64(vlLength);
+}
+
 // The place texts share one block of memory, each ended by a zero as a
-// string of its own is: a search hands out copies of them, and copies of
-// texts in one block count their users in one place that stays in the cache
-// instead of in 100000 places scattered over the heap.
-std::vector<QString> SharedTexts(const std::vector<Line>& vcTexts)
+// string of its own is; rcTags says where each stands. A search hands out
+// copies, and copies of texts in one block count their users in one header
+// that stays in the cache, not in a hundred thousand headers over the heap.
+QString SharedTexts(const std::vector<Line>& vcTexts, std::vector<quint64>& rcTags)
 {
     qsizetype llTotal = 0;
     for (const Line& rcText : vcTexts)
         llTotal += (rcText.end - rcText.begin) + 1;
+    if (llTotal > qsizetype(std::numeric_limits<quint32>::max()))
+        Err::Raise(VbError::Overflow);
     QString lsBlock(llTotal, Qt::Uninitialized);
-    QChar* lcOut = lsBlock.data();
-    std::vector<QString> lcTexts;
-    lcTexts.reserve(vcTexts.size() + 1);
+    QChar* lcBlock = lsBlock.data();
+    rcTags.clear();
+    rcTags.reserve(vcTexts.size() + 1);
+    qsizetype llOffset = 0;
     for (const Line& rcText : vcTexts) {
-        QString::DataPointer lcText = lsBlock.data_ptr();
-        lcText.ptr = reinterpret_cast<char16_t*>(lcOut);
-        lcText.size = rcText.end - rcText.begin;
+        rcTags.push_back(Tag(llOffset, rcText.end - rcText.begin));
         for (const char* p = rcText.begin; p != rcText.end; ++p)
-            *lcOut++ = Cp1252::DecodeByte(static_cast<unsigned char>(*p));
-        *lcOut++ = QChar(0);
-        lcTexts.emplace_back(std::move(lcText));
+            lcBlock[llOffset++] = Cp1252::DecodeByte(static_cast<unsigned char>(*p));
+        lcBlock[llOffset++] = QChar(0);
     }
-    return lcTexts;
+    rcTags.push_back(0);
+    return lsBlock;
 }
 }
 
@@ -159,9 +167,10 @@ clsGpsPlaces::clsGpsPlaces(const QString& vsPath, IUserDialogs* vcDialogs)
         mlCount = 0;
         mcLatitudes.assign(1, 0);
         mcLongitudes.assign(1, 0);
-        mcNames.assign(1, QString());
+        msTexts.clear();
+        mcTexts.assign(1, 0);
     }
-    mcIndex.Build(mcLatitudes, mcLongitudes);
+    mcIndex.Build(mcLatitudes, mcLongitudes, mcTexts);
 }
 
 clsGpsPlaces::~clsGpsPlaces() = default;
@@ -185,15 +194,25 @@ void clsGpsPlaces::Load(const QString& vsPath)
         mcLongitudes[k] = ToLong(FieldValue(lcLongitude.begin, lcLongitude.end));
         mcLatitudes[k] = ToLong(FieldValue(lcLatitude.begin, lcLatitude.end));
     }
-    mcNames = SharedTexts(lcLines);
-    mcNames.emplace_back();
+    msTexts = SharedTexts(lcLines, mcTexts);
     mlCount = qint32(lcLines.size());
+}
+
+QString clsGpsPlaces::Text(quint64 vlTag) const
+{
+    const qsizetype llLength = qsizetype(vlTag & 0xFFFFFFFFu);
+    if (llLength == 0)
+        return QString();
+    QString::DataPointer lcText = msTexts.data_ptr();
+    lcText.ptr += vlTag >> 32;
+    lcText.size = llLength;
+    return QString(std::move(lcText));
 }
 
 clsGpsPlace clsGpsPlaces::Place(qint32 vlSlot) const
 {
     const size_t i = size_t(vlSlot);
-    return clsGpsPlace{mcNames[i], mcLatitudes[i], mcLongitudes[i]};
+    return clsGpsPlace{Text(mcTexts[i]), mcLatitudes[i], mcLongitudes[i]};
 }
 
 QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) const
@@ -202,8 +221,8 @@ QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) cons
         return QStringLiteral(" ");
     if (mlCount < 1)
         return QString();
-    const qint32 llSlot = mcIndex.Nearest(vlLatitude, vlLongitude);
-    return llSlot < 0 ? QString() : mcNames[size_t(llSlot)];
+    const clsPlaceIndex::Found lcFound = mcIndex.Nearest(vlLatitude, vlLongitude);
+    return lcFound.found ? Text(lcFound.tag) : QString();
 }
 
 // Plain Euclidean distance on the encoded values, latitude and longitude
@@ -229,5 +248,5 @@ QString clsGpsPlaces::searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude
             llBest = i;
         }
     }
-    return clsPlaceIndex::kLimit >= ldBest ? mcNames[llBest] : QString();
+    return clsPlaceIndex::kLimit >= ldBest ? Text(mcTexts[llBest]) : QString();
 }

@@ -13,15 +13,21 @@ constexpr qint64 kReach = 55555;
 // Twice the reach and a little: the places near enough to a position lie in
 // at most two rows of cells and two cells of each row.
 constexpr qint64 kCellSize = 2 * (kReach + 1);
+static_assert(kCellSize > 2 * kReach, "a search reads at most two rows");
 // The squared distance that no place within the limit reaches.
 constexpr qint64 kBeyond = 3086419754;
 constexpr qint64 kBlockWidth = 32;
 // No row of 32-bit coordinates gets near this number, so it marks a free hash slot.
 constexpr quint64 kFree = quint64(0x7FFFFFFF) << 32;
 
-qint64 FloorDiv(qint64 vlValue, qint64 vlBy)
+inline qint64 FloorDiv(qint64 vlValue, qint64 vlBy)
 {
     return vlValue >= 0 ? vlValue / vlBy : -((-vlValue + vlBy - 1) / vlBy);
+}
+
+inline qint64 Cell(qint64 vlValue)
+{
+    return FloorDiv(vlValue, kCellSize);
 }
 
 // The cells of a block below column vlBit.
@@ -34,11 +40,6 @@ int Bits(quint32 vlCells)
 {
     return __builtin_popcount(vlCells);
 }
-}
-
-qint64 clsPlaceIndex::Cell(qint64 vlValue)
-{
-    return FloorDiv(vlValue, kCellSize);
 }
 
 quint64 clsPlaceIndex::Key(qint64 vlRow, qint64 vlBlock)
@@ -72,9 +73,10 @@ clsPlaceIndex::Block& clsPlaceIndex::Insert(qint64 vlRow, qint64 vlBlock)
     }
 }
 
-void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes)
+void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes,
+                          const std::vector<quint64>& vcTags)
 {
-    const size_t llCount = std::min(vcLatitudes.size(), vcLongitudes.size());
+    const size_t llCount = std::min({vcLatitudes.size(), vcLongitudes.size(), vcTags.size()});
     std::vector<qint32> lcOrder(llCount);
     std::iota(lcOrder.begin(), lcOrder.end(), 0);
     const auto lcCell = [&](qint32 i) {
@@ -86,11 +88,11 @@ void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vec
     mcSlots.resize(llCount);
     for (size_t i = 0; i < llCount; ++i) {
         const size_t llSlot = size_t(lcOrder[i]);
-        mcPoints[i] = Point{vcLatitudes[llSlot], vcLongitudes[llSlot]};
+        mcPoints[i] = Point{vcLatitudes[llSlot], vcLongitudes[llSlot], vcTags[llSlot]};
         mcSlots[i] = qint32(llSlot);
     }
 
-    // At most a quarter of the hash slots in use keeps the probes short and
+    // At most half the hash slots in use keeps the probes short and
     // the table still small enough to stay in the cache.
     size_t llBlocks = 0;
     for (size_t i = 0; i < llCount; ++i) {
@@ -101,7 +103,7 @@ void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vec
             ++llBlocks;
     }
     int llBits = 4;
-    while ((quint64(1) << llBits) < 4 * quint64(llBlocks))
+    while ((quint64(1) << llBits) < 2 * quint64(llBlocks))
         ++llBits;
     mlShift = 64 - llBits;
     mlMask = (quint64(1) << llBits) - 1;
@@ -148,30 +150,37 @@ clsPlaceIndex::Run clsPlaceIndex::Places(qint64 vlRow, qint64 vlFirst, qint64 vl
     return Run{mcCellStart[llFirstCell], mcCellStart[llEndCell]};
 }
 
-qint32 clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
+clsPlaceIndex::Found clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
 {
     if (mcPoints.empty())
-        return -1;
+        return Found{false, 0};
     RaiseOnOverflow(vlLatitude, vlLongitude);
 
     const qint64 llFirstColumn = Cell(qint64(vlLongitude) - kReach);
     const qint64 llLastColumn = Cell(qint64(vlLongitude) + kReach);
+    const qint64 llFirstRow = Cell(qint64(vlLatitude) - kReach);
+    // Both rows are found before either is read, so the processor fetches them side by side.
+    const Run lcRuns[2] = {Places(llFirstRow, llFirstColumn, llLastColumn),
+                           llFirstRow == Cell(qint64(vlLatitude) + kReach)
+                               ? Run{0, 0}
+                               : Places(llFirstRow + 1, llFirstColumn, llLastColumn)};
     qint64 llBest = kBeyond;
-    qint32 llBestSlot = -1;
-    for (qint64 llRow = Cell(qint64(vlLatitude) - kReach); llRow <= Cell(qint64(vlLatitude) + kReach); ++llRow) {
-        const Run lcRun = Places(llRow, llFirstColumn, llLastColumn);
-        for (quint32 i = lcRun.first; i < lcRun.end; ++i) {
+    qint64 llBestPoint = -1;
+    for (const Run& rcRun : lcRuns) {
+        for (quint32 i = rcRun.first; i < rcRun.end; ++i) {
             const qint64 llLat = qint64(vlLatitude) - mcPoints[i].latitude;
             const qint64 llLon = qint64(vlLongitude) - mcPoints[i].longitude;
             const qint64 d = llLat * llLat + llLon * llLon;
             // Whole numbers, so equal distances are truly equal: the earlier slot wins.
-            if (d < llBest || (d == llBest && llBestSlot >= 0 && mcSlots[i] < llBestSlot)) {
+            if (d < llBest || (d == llBest && llBestPoint >= 0 && mcSlots[i] < mcSlots[size_t(llBestPoint)])) {
                 llBest = d;
-                llBestSlot = mcSlots[i];
+                llBestPoint = i;
             }
         }
     }
-    return llBestSlot;
+    if (llBestPoint < 0)
+        return Found{false, 0};
+    return Found{true, mcPoints[size_t(llBestPoint)].tag};
 }
 
 void clsPlaceIndex::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const

@@ -16,12 +16,20 @@ public:
     // Squared search limit in encoded units: a radius of 10000 / 0.18.
     static constexpr double kLimit = (10000.0 / 0.18) * (10000.0 / 0.18);
 
-    // Slot i of the table is at (vcLatitudes[i], vcLongitudes[i]).
-    void Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes);
-    // The slot nearest to the position within the limit, or -1. Raises Overflow
+    // What a search finds: whether a place is near enough, and the tag the table gave it.
+    struct Found {
+        bool found;
+        quint64 tag;
+    };
+
+    // Slot i of the table is at (vcLatitudes[i], vcLongitudes[i]); vcTags[i]
+    // is kept beside its coordinates, so an answer needs nothing from elsewhere.
+    void Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes,
+               const std::vector<quint64>& vcTags);
+    // The place nearest to the position within the limit. Raises Overflow
     // when the position is so far from some slot that the 32-bit differences
     // of the full scan would overflow.
-    qint32 Nearest(qint32 vlLatitude, qint32 vlLongitude) const;
+    Found Nearest(qint32 vlLatitude, qint32 vlLongitude) const;
     // The full scan subtracts every slot in 32 bits; the extreme slots decide whether one overflows.
     void RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const;
 
@@ -29,6 +37,7 @@ private:
     struct Point {
         qint32 latitude;
         qint32 longitude;
+        quint64 tag;
     };
     // 32 neighbouring cells of one row: which of them hold places, and how
     // many occupied cells come before the first of them in cell order.
@@ -42,7 +51,6 @@ private:
         quint32 end;
     };
 
-    static qint64 Cell(qint64 vlValue);
     static quint64 Key(qint64 vlRow, qint64 vlBlock);
     const Block* Find(qint64 vlRow, qint64 vlBlock) const;
     Block& Insert(qint64 vlRow, qint64 vlBlock);
@@ -50,7 +58,7 @@ private:
     Run Places(qint64 vlRow, qint64 vlFirst, qint64 vlLast) const;
 
     std::vector<Point> mcPoints;       // in cell order; a cell keeps the table's order
-    std::vector<qint32> mcSlots;       // the slot of each point
+    std::vector<qint32> mcSlots;       // the slot of each point, asked on a tie
     std::vector<quint32> mcCellStart;  // first point of each occupied cell, and the end
     std::vector<Block> mcBlocks;       // open addressing, a power of two long
     quint64 mlMask = 0;
