@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 
 namespace {
 // The initial best distance of the scan: a full circle of longitude, squared.
@@ -116,15 +117,26 @@ quint64 Tag(qsizetype vlOffset, qsizetype vlLength)
     return (quint64(vlOffset) << 32) | quint64(vlLength);
 }
 
-// The place texts share one block of memory, each ended by a zero as a
-// string of its own is; rcTags says where each stands. A search hands out
-// copies, and copies of texts in one block count their users in one header
-// that stays in the cache, not in a hundred thousand headers over the heap.
-QString SharedTexts(const std::vector<Line>& vcTexts, std::vector<quint64>& rcTags)
+// Place texts are handed out without a reference count, pointing into a
+// block of all the texts of a table that is kept until the program ends: a
+// text copied anywhere stays valid after its table is gone, and handing one
+// out touches no counter (a counter per text, scattered over the heap, cost a
+// search more than finding the place). One block per table loaded.
+const QChar* KeptForGood(QString vsBlock)
+{
+    static std::mutex gcLock;
+    static auto* gcBlocks = new std::vector<QString>;
+    const std::lock_guard<std::mutex> lcGuard(gcLock);
+    gcBlocks->push_back(std::move(vsBlock));
+    return gcBlocks->back().constData();
+}
+
+// All the texts in one block, one after another; rcTags says where each stands.
+const QChar* SharedTexts(const std::vector<Line>& vcTexts, std::vector<quint64>& rcTags)
 {
     qsizetype llTotal = 0;
     for (const Line& rcText : vcTexts)
-        llTotal += (rcText.end - rcText.begin) + 1;
+        llTotal += rcText.end - rcText.begin;
     if (llTotal > qsizetype(std::numeric_limits<quint32>::max()))
         Err::Raise(VbError::Overflow);
     QString lsBlock(llTotal, Qt::Uninitialized);
@@ -136,10 +148,9 @@ QString SharedTexts(const std::vector<Line>& vcTexts, std::vector<quint64>& rcTa
         rcTags.push_back(Tag(llOffset, rcText.end - rcText.begin));
         for (const char* p = rcText.begin; p != rcText.end; ++p)
             lcBlock[llOffset++] = Cp1252::DecodeByte(static_cast<unsigned char>(*p));
-        lcBlock[llOffset++] = QChar(0);
     }
     rcTags.push_back(0);
-    return lsBlock;
+    return KeptForGood(std::move(lsBlock));
 }
 }
 
@@ -167,7 +178,6 @@ clsGpsPlaces::clsGpsPlaces(const QString& vsPath, IUserDialogs* vcDialogs)
         mlCount = 0;
         mcLatitudes.assign(1, 0);
         mcLongitudes.assign(1, 0);
-        msTexts.clear();
         mcTexts.assign(1, 0);
     }
     mcIndex.Build(mcLatitudes, mcLongitudes, mcTexts);
@@ -194,7 +204,7 @@ void clsGpsPlaces::Load(const QString& vsPath)
         mcLongitudes[k] = ToLong(FieldValue(lcLongitude.begin, lcLongitude.end));
         mcLatitudes[k] = ToLong(FieldValue(lcLatitude.begin, lcLatitude.end));
     }
-    msTexts = SharedTexts(lcLines, mcTexts);
+    mcTextBlock = SharedTexts(lcLines, mcTexts);
     mlCount = qint32(lcLines.size());
 }
 
@@ -203,10 +213,7 @@ QString clsGpsPlaces::Text(quint64 vlTag) const
     const qsizetype llLength = qsizetype(vlTag & 0xFFFFFFFFu);
     if (llLength == 0)
         return QString();
-    QString::DataPointer lcText = msTexts.data_ptr();
-    lcText.ptr += vlTag >> 32;
-    lcText.size = llLength;
-    return QString(std::move(lcText));
+    return QString::fromRawData(mcTextBlock + (vlTag >> 32), llLength);
 }
 
 clsGpsPlace clsGpsPlaces::Place(qint32 vlSlot) const

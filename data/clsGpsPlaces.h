@@ -41,7 +41,7 @@ private:
     std::vector<qint32> mcLatitudes;
     std::vector<qint32> mcLongitudes;
     // All place texts in one block; mcTexts[i] says where the text of slot i stands in it.
-    QString msTexts;
+    const QChar* mcTextBlock = nullptr;
     std::vector<quint64> mcTexts;
     clsPlaceIndex mcIndex;
 };
