@@ -11,6 +11,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -117,15 +119,14 @@ void DecodePageFile(const QString& vsFile, qint32 vlPageSize, clsRecordCollectio
         RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
     PageValues lcValues(lcFile.readAll(), vsFile);
     lcFile.close();
-    auto lcRecord = std::make_unique<clsHalvexRecord>();
     clsHalvexRecord::Bytes lcBytes;
     for (qint32 llLeft = vlPageSize; llLeft / clsHalvexRecord::kSize >= 1; llLeft -= clsHalvexRecord::kSize) {
         for (quint8& rbyValue : lcBytes)
             rbyValue = lcValues.Next();
-        lcRecord->DeCodeData(lcBytes);
-        if (lcRecord->IsValid()) {
+        clsHalvexRecord lcRecord;
+        lcRecord.DeCodeData(lcBytes);
+        if (lcRecord.IsValid()) {
             rcRecords.Add(std::move(lcRecord));
-            lcRecord = std::make_unique<clsHalvexRecord>();
             vRecordAdded();
         }
         rcBar.Increment();
@@ -207,9 +208,20 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
         rcLoop.DoEvents();
         llEventsRun = rcLoop.timeGetTime();
     };
+    // Room for every record the page files can hold (a record takes 24
+    // lines of at least two bytes), so the records never move while they come in.
+    std::vector<QString> lcFiles;
+    qint64 llRoom = mcRecords->Count();
     for (qint32 llPage = vcInfo.FirstPage(); llPage <= vcInfo.LastPage(); ++llPage) {
         const QString lsFile = PageFileName(llPage);
-        if (Logger().CheckFileExists(lsFile)) {
+        const bool lbFound = Logger().CheckFileExists(lsFile);
+        lcFiles.push_back(lbFound ? lsFile : QString());
+        if (lbFound)
+            llRoom += std::min<qint64>(llPageSize / clsHalvexRecord::kSize, QFileInfo(lsFile).size() / 48);
+    }
+    mcRecords->Reserve(int(std::min<qint64>(llRoom, std::numeric_limits<int>::max())));
+    for (const QString& lsFile : lcFiles) {
+        if (!lsFile.isEmpty()) {
             rcSmall.SetVisible(true);
             rcSmall.Reset();
             DecodePageFile(lsFile, llPageSize, *mcRecords, rcSmall, lcRecordAdded);

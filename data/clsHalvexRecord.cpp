@@ -87,14 +87,49 @@ void clsHalvexRecord::DeCodeData(const quint8* vcData, int vlCount)
         return;
     }
     std::copy(vcData, vcData + kSize, mcData.begin());
-    msOriginPlaceCache.clear();
-    msDestinationPlaceCache.clear();
+    if (mcTexts) {
+        mcTexts->originPlace.clear();
+        mcTexts->destinationPlace.clear();
+    }
     mbIsValid = true;
     mbValidGps = false;
     for (int i = 6; i <= 13; ++i)
         mbValidGps = mbValidGps || mcData[size_t(i)] != 0;
     mbIsValidKmStand = HasKmCounter()
         && !(mcData[20] == 255 && mcData[21] == 255 && mcData[22] == 255 && mcData[23] == 255);
+}
+
+clsHalvexRecord::clsHalvexRecord(const clsHalvexRecord& rcOther)
+{
+    *this = rcOther;
+}
+
+clsHalvexRecord& clsHalvexRecord::operator=(const clsHalvexRecord& rcOther)
+{
+    if (this == &rcOther)
+        return *this;
+    mlStartLatitude = rcOther.mlStartLatitude;
+    mlStartLongitude = rcOther.mlStartLongitude;
+    mcData = rcOther.mcData;
+    mbIsValid = rcOther.mbIsValid;
+    mbValidGps = rcOther.mbValidGps;
+    mbIsValidKmStand = rcOther.mbIsValidKmStand;
+    mlRecordNummer = rcOther.mlRecordNummer;
+    mlRitnummer = rcOther.mlRitnummer;
+    mlStartKmTeller = rcOther.mlStartKmTeller;
+    mcTexts = rcOther.mcTexts ? std::make_unique<Texts>(*rcOther.mcTexts) : nullptr;
+    return *this;
+}
+
+clsHalvexRecord::~clsHalvexRecord() = default;
+
+void clsHalvexRecord::SetRoute(const QString& vsRoute)
+{
+    if (!mcTexts && vsRoute.isEmpty())
+        return;
+    if (!mcTexts)
+        mcTexts = std::make_unique<Texts>();
+    mcTexts->route = vsRoute;
 }
 
 bool clsHalvexRecord::isDisplayType() const
@@ -237,8 +272,11 @@ void clsHalvexRecord::AppendDriveKm(QString& rsOut)
         AppendNumber(rsOut, qint64(Read32(18)) - mlStartKmTeller);
 }
 
-QString clsHalvexRecord::Place(QString& rsCache, qint32 vlLatitude, qint32 vlLongitude) const
+QString clsHalvexRecord::Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude)
 {
+    if (!mcTexts)
+        mcTexts = std::make_unique<Texts>();
+    QString& rsCache = (*mcTexts).*vmCache;
     if (rsCache.isEmpty()) {
         rsCache = gcPlaces ? gcPlaces->searchPosition(vlLatitude, vlLongitude) : QString();
         // A single space remembers that nothing was found, so the table is asked once.
@@ -253,7 +291,7 @@ void clsHalvexRecord::AppendOrigin(QString& rsOut, bool vbZipCode)
     if (!mbValidGps) {
         AppendLatin1(rsOut, "unknown");
     } else if (vbZipCode) {
-        rsOut += Place(msOriginPlaceCache, mlStartLatitude, mlStartLongitude);
+        rsOut += Place(&Texts::originPlace, mlStartLatitude, mlStartLongitude);
     } else {
         AppendLatitude(rsOut, 0, mlStartLatitude);
         rsOut.append(QLatin1Char(' '));
@@ -270,7 +308,7 @@ void clsHalvexRecord::AppendDestination(QString& rsOut, bool vbZipCode)
     const qint32 llLatitude = lEndLatitude();
     const qint32 llLongitude = lEndLongitude();
     if (vbZipCode) {
-        rsOut += Place(msDestinationPlaceCache, llLatitude, llLongitude);
+        rsOut += Place(&Texts::destinationPlace, llLatitude, llLongitude);
     } else {
         AppendLatitude(rsOut, 0, llLatitude);
         rsOut.append(QLatin1Char(' '));
@@ -589,7 +627,7 @@ QString clsHalvexRecord::GetFullStringWithDelimiter(const QString& vsDelimiter, 
     lcNext();
     AppendTankBonNummer(s);
     lcNext();
-    if (vbWithRoute)
-        s += msRoute;
+    if (vbWithRoute && mcTexts)
+        s += mcTexts->route;
     return s;
 }
