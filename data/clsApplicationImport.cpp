@@ -407,16 +407,16 @@ void clsApplication::CollectRoutes()
             if (lsPlace.isEmpty())
                 lsPlace = rcRecord.GPSLocation();
             if (lsPlace != lsLastPlace) {
-                if (lsRoute.isEmpty())
-                    lsRoute = lsPlace;
-                else
-                    lsRoute += QLatin1Char(';') + lsPlace;
+                if (!lsRoute.isEmpty())
+                    lsRoute += QLatin1Char(';');
+                lsRoute += lsPlace;
             }
             lsLastPlace = lsPlace;
         }
+        // The trip gets a copy of just its route; the text being built keeps its room for the next one.
         if (rcRecord.IsValid() && rcRecord.isRitRegType()) {
-            rcRecord.SetRoute(lsRoute);
-            lsRoute.clear();
+            rcRecord.SetRoute(QString(lsRoute.constData(), lsRoute.size()));
+            lsRoute.truncate(0);
         }
         rcBar.Increment();
     }

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
+#include <tuple>
 
 namespace {
 // The farthest whole offset in one axis that can still lie within the limit
@@ -77,17 +77,25 @@ void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vec
                           const std::vector<quint64>& vcTags)
 {
     const size_t llCount = std::min({vcLatitudes.size(), vcLongitudes.size(), vcTags.size()});
-    std::vector<qint32> lcOrder(llCount);
-    std::iota(lcOrder.begin(), lcOrder.end(), 0);
-    const auto lcCell = [&](qint32 i) {
-        return std::make_pair(Cell(vcLatitudes[size_t(i)]), Cell(vcLongitudes[size_t(i)]));
+    // Sorted by row, then column, then slot, so a cell keeps the table's order.
+    struct Keyed {
+        qint64 row;
+        qint64 column;
+        size_t slot;
+        bool operator<(const Keyed& rcOther) const
+        {
+            return std::tie(row, column, slot) < std::tie(rcOther.row, rcOther.column, rcOther.slot);
+        }
     };
-    std::stable_sort(lcOrder.begin(), lcOrder.end(), [&](qint32 a, qint32 b) { return lcCell(a) < lcCell(b); });
+    std::vector<Keyed> lcOrder(llCount);
+    for (size_t i = 0; i < llCount; ++i)
+        lcOrder[i] = Keyed{Cell(vcLatitudes[i]), Cell(vcLongitudes[i]), i};
+    std::sort(lcOrder.begin(), lcOrder.end());
 
     mcPoints.resize(llCount);
     mcSlots.resize(llCount);
     for (size_t i = 0; i < llCount; ++i) {
-        const size_t llSlot = size_t(lcOrder[i]);
+        const size_t llSlot = lcOrder[i].slot;
         mcPoints[i] = Point{vcLatitudes[llSlot], vcLongitudes[llSlot], vcTags[llSlot]};
         mcSlots[i] = qint32(llSlot);
     }
