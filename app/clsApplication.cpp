@@ -52,11 +52,8 @@ void clsApplication::Init()
     MessageBrooker().SetHostAddress(1);
     mcRecords->Clear();
     ApplyPortSettings();
-    if (mPortSearch) {
-        clsError lcError;
-        mPortSearch(lcError);
-        HandleError(lcError);
-    }
+    AttachCodec();
+    RunPortDiscovery();
     mcTimer = std::make_unique<clsDTimer>();
     connect(mcTimer.get(), &clsDTimer::Tick, this, &clsApplication::mcTimer_Tick);
     mcTimer->SetInterval(1000);

@@ -6,8 +6,10 @@
 
 #include "app/clsDTimer.h"
 #include "app/clsError.h"
+#include "app/clsOperation.h"
 #include "app/clsStatus.h"
 #include "data/clsRecordSelection.h"
+#include "link/clsFoundPort.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -72,8 +74,18 @@ public:
     IMainWindow& MainWindow() const { return *mcPlatform.MainWindow; }
     ISerialPort* Port() const { return mcPlatform.Port; }
     const clsPlatform& Platform() const { return mcPlatform; }
-    // Where the port search of start-up plugs in; a failure is shown and start-up goes on.
-    void SetPortSearch(std::function<void(clsError&)> vSearch) { mPortSearch = std::move(vSearch); }
+
+    // ---- The operation frame: app/clsOperation.cpp ----
+    // Runs one user action: window off, auto-detection stopped, the link held,
+    // a fresh error value (run-time errors caught into it), HandleError,
+    // window on again; the outcome for the front end.
+    clsOutcome RunOperation(const std::function<void(clsError&)>& vOperation);
+    // The same without HandleError and without touching the grid: for handlers
+    // that show their own boxes.
+    clsOutcome RunOperationQuietly(const std::function<void(clsError&)>& vOperation);
+    // Asks a long operation to stop at its next safe point; cleared when an operation starts.
+    void RequestCancel() { mbCancelRequested = true; }
+    bool CancelRequested() const { return mbCancelRequested; }
 
     // ---- Device link: link/clsApplicationLink.cpp ----
     clsHalvexMsg& MessageBrooker();
@@ -93,6 +105,14 @@ public:
     void SetDisplayId(const QString& vsId) { msDisplayId = vsId; }
     // Applies the port of the settings ("Port" path, else "Com" number) to the serial port.
     void ApplyPortSettings();
+    // The search for the USB interface's port that Init runs; a failure is shown and start-up goes on.
+    void SetPortDiscovery(std::function<clsFoundPort(clsError&)> vDiscovery) { mPortDiscovery = std::move(vDiscovery); }
+    // What Init's search found.
+    clsFoundPort UsbComport() const { return mcUsbPort; }
+    // The auto-detection timer on and off.
+    void StartAutoDetection();
+    void StopAutoDetection();
+    bool AutoDetectionRunning() const;
 
     // ---- Flash download: data/clsApplicationDownload.cpp ----
     void GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo);
@@ -106,8 +126,9 @@ public:
     void CheckForOperatingSystem(clsError& rcError);
     void ClearRitAndPoliceTableInformation();
     // The user dialogue around ClearFlash, for the window and the command line:
-    // data/clsApplicationClearDisplay.cpp.
-    void clearDisplay();
+    // data/clsApplicationClearDisplay.cpp. The outcome of the erase; Cancelled
+    // without an error when the user stopped before anything was erased.
+    clsOutcome clearDisplay();
 
     // ---- Record pipeline: data/clsApplicationImport.cpp ----
     void ImportDataFromDisplay(clsError& rcError);
@@ -140,6 +161,13 @@ signals:
     void StatusShown();
 
 private:
+    friend class clsOperation;
+    friend class clsRawPortSession;
+
+    // Device link: the frame codec on the serial port's receive event, and off it.
+    void AttachCodec();
+    void DetachCodec();
+    void RunPortDiscovery();
     // Device link: one attempt of SendAndRetry.
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
@@ -161,7 +189,10 @@ private:
     void mcTimer_Tick();
 
     clsPlatform mcPlatform;
-    std::function<void(clsError&)> mPortSearch;
+    std::function<clsFoundPort(clsError&)> mPortDiscovery;
+    clsFoundPort mcUsbPort;
+    qint32 mlOperationDepth = 0;
+    bool mbCancelRequested = false;
     bool mbInitialised = false;
     bool mbMainWindowShown = false;
     bool mbAutoDetectionEnabled = false;

@@ -35,8 +35,8 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    QtSerialPort lcPort;
     QtEventLoop lcLoop;
+    QtSerialPort lcPort(lcLoop);
     BenchDialogs lcDialogs;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;

@@ -9,10 +9,6 @@
 #include <cstdio>
 
 namespace {
-const QString kEraseFailedTitle = QStringLiteral("KVT Upload ERROR");
-const QString kEraseFailedText = QStringLiteral("ERROR: Clearing display Failed: ");
-const QString kErasedTitle = QStringLiteral("KVT Upload");
-
 void WriteOut(const QString& vsText)
 {
     std::fputs(vsText.toLocal8Bit().constData(), stdout);
@@ -48,26 +44,14 @@ int clsCliCommands::Run()
     return kExitUsage;
 }
 
-// The frame every button of the main window runs its operation in.
-void clsCliCommands::BeginOperation()
+// The outcome of the frame decides: the error's text on stderr and status 1.
+int clsCliCommands::Finish(const clsOutcome& vcOutcome)
 {
-    mcApplication.MainWindow().EnableButtons(false);
-    mcApplication.MainWindow().EnableMenu(false);
-    mcApplication.MainWindow().ClearGrid();
-}
-
-int clsCliCommands::EndOperation(clsError& rcError)
-{
-    const bool lbFailed = rcError.IsError();
-    const QString lsDescription = rcError.Description();
-    mcApplication.HandleError(rcError);
-    mcApplication.MainWindow().AutoSizeTheColumns();
-    mcApplication.MainWindow().EnableMenu(true);
-    mcApplication.MainWindow().EnableButtons(true);
     mcWindow.Finish();
-    if (!lbFailed)
+    if (!vcOutcome.IsError())
         return kExitOk;
-    std::fputs((QStringLiteral("corvane: ") + lsDescription + QLatin1Char('\n')).toLocal8Bit().constData(), stderr);
+    std::fputs((QStringLiteral("corvane: ") + vcOutcome.Description + QLatin1Char('\n')).toLocal8Bit().constData(),
+               stderr);
     return kExitError;
 }
 
@@ -84,11 +68,10 @@ void clsCliCommands::Save(clsError& rcError)
 
 int clsCliCommands::Download()
 {
-    BeginOperation();
-    clsError lcError;
-    mcApplication.ImportDataFromDisplay(lcError);
-    Save(lcError);
-    const int llExit = EndOperation(lcError);
+    const int llExit = Finish(mcApplication.RunOperation([this](clsError& rcError) {
+        mcApplication.ImportDataFromDisplay(rcError);
+        Save(rcError);
+    }));
     if (llExit == kExitOk)
         PrintGrid();
     return llExit;
@@ -96,44 +79,32 @@ int clsCliCommands::Download()
 
 int clsCliCommands::Decode()
 {
-    BeginOperation();
-    clsError lcError;
-    mcApplication.DecodeAndProcess(lcError, mcOptions.mcGeometry);
-    Save(lcError);
-    const int llExit = EndOperation(lcError);
+    const int llExit = Finish(mcApplication.RunOperation([this](clsError& rcError) {
+        mcApplication.DecodeAndProcess(rcError, mcOptions.mcGeometry);
+        Save(rcError);
+    }));
     if (llExit == kExitOk)
         PrintGrid();
     return llExit;
 }
 
-// The erase dialogue reports its outcome only in its closing box, as the
-// window's does; the box decides the exit status.
+// The erase dialogue runs its own frame; a question answered No erases nothing.
 int clsCliCommands::Erase()
 {
-    mcApplication.clearDisplay();
-    mcWindow.Finish();
-    for (const clsTerminalDialogs::Box& lcBox : mcDialogs.Boxes()) {
-        if (lcBox.title == kEraseFailedTitle) {
-            QString lsDescription = lcBox.text;
-            if (lsDescription.startsWith(kEraseFailedText))
-                lsDescription = lsDescription.mid(kEraseFailedText.size());
-            std::fputs((QStringLiteral("corvane: ") + lsDescription + QLatin1Char('\n')).toLocal8Bit().constData(),
-                       stderr);
-            return kExitError;
-        }
-        if (lcBox.title == kErasedTitle)
-            return kExitOk;
+    const clsOutcome lcOutcome = mcApplication.clearDisplay();
+    if (lcOutcome.Cancelled && !lcOutcome.IsError()) {
+        mcWindow.Finish();
+        mcWindow.PrintLine(QStringLiteral("Nothing erased."));
+        return kExitOk;
     }
-    mcWindow.PrintLine(QStringLiteral("Nothing erased."));
-    return kExitOk;
+    return Finish(lcOutcome);
 }
 
 int clsCliCommands::Id()
 {
-    BeginOperation();
-    clsError lcError;
-    const QString lsId = mcApplication.GetDallesID(lcError);
-    const int llExit = EndOperation(lcError);
+    QString lsId;
+    const int llExit =
+        Finish(mcApplication.RunOperation([&](clsError& rcError) { lsId = mcApplication.GetDallesID(rcError); }));
     if (llExit == kExitOk)
         WriteOut(lsId + QLatin1Char('\n'));
     return llExit;

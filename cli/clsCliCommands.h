@@ -4,6 +4,7 @@
 
 class clsApplication;
 class clsError;
+struct clsOutcome;
 class clsTerminalDialogs;
 class clsTerminalWindow;
 
@@ -28,9 +29,8 @@ private:
     int Decode();
     int Id();
 
-    void BeginOperation();
-    // Shows the error as the window would (HandleError) and gives the exit status.
-    int EndOperation(clsError& rcError);
+    // The exit status of an operation's outcome.
+    int Finish(const clsOutcome& vcOutcome);
     // The save step: only when a file was named or somebody can be asked for one.
     void Save(clsError& rcError);
     void PrintGrid();

@@ -1,41 +1,26 @@
 #include "cli/clsCliPort.h"
 
-#include "platform/IEventLoop.h"
 #include "platform/QtSerialPort.h"
-#include "sim/clsSimDataGenerator.h"
-#include "sim/clsSimDisplay.h"
-#include "sim/clsSimSerialPort.h"
+#include "sim/clsBuiltInSimulator.h"
 
 clsCliPort::clsCliPort(bool vbSimulate, IEventLoop& rcLoop)
 {
-    if (!vbSimulate) {
-        mcSerial = std::make_unique<QtSerialPort>();
-        return;
-    }
-    mcDisplay = std::make_unique<clsSimDisplay>();
-    FillSimulatedDisplay();
-    // The line runs on the program's own clock and Qt's timers, so a wait for
-    // the simulated display sleeps just as a wait for a real one does.
-    mcSimPort = std::make_unique<clsSimSerialPort>(
-        *mcDisplay, [&rcLoop]() { return rcLoop.timeGetTime(); },
-        clsSimSerialPort::QtTimerScheduler(&mcSimulationTimers));
+    if (vbSimulate)
+        mcSimulator = std::make_unique<clsBuiltInSimulator>(rcLoop);
+    else
+        mcSerial = std::make_unique<QtSerialPort>(rcLoop);
 }
 
 clsCliPort::~clsCliPort() = default;
 
 ISerialPort& clsCliPort::Port()
 {
-    if (mcSimPort)
-        return *mcSimPort;
+    if (mcSimulator)
+        return mcSimulator->Port();
     return *mcSerial;
 }
 
-void clsCliPort::FillSimulatedDisplay()
+QString clsCliPort::Error() const
 {
-    QByteArray lcFlash = mcDisplay->Flash();
-    if (clsSimDataGenerator::FillLog(lcFlash, mcDisplay->FirstPage(), mcDisplay->LastPage(), mcDisplay->SizeOnePage(),
-                                     kSimulationSeed, kSimulationDays, msError)
-        < 0)
-        return;
-    mcDisplay->SetFlash(lcFlash);
+    return mcSimulator ? mcSimulator->Error() : QString();
 }

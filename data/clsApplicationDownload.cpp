@@ -3,6 +3,7 @@
 
 #include "app/clsApplication.h"
 
+#include "app/clsCommunicationScope.h"
 #include "app/clsLogger.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
@@ -62,17 +63,6 @@ void WriteLines(QFile& rcFile, const QByteArray& vcLines)
         Err::Raise(VbError::PathFileAccessError, QStringLiteral("DownloadPages"));
 }
 
-// Whatever way the download ends, the link is given back.
-struct CommunicationScope {
-    explicit CommunicationScope(clsApplication& rcApp)
-        : mrApp(rcApp)
-    {
-        mrApp.SetCommunicationIsRunning(true);
-    }
-    ~CommunicationScope() { mrApp.SetCommunicationIsRunning(false); }
-    clsApplication& mrApp;
-};
-
 }
 
 void clsApplication::GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo)
@@ -111,7 +101,7 @@ QString clsApplication::PageFileName(qint32 vlPage) const
 // The first page of the area is never read: it holds nothing for the PC.
 void clsApplication::DownloadPages(clsError& rcError)
 {
-    CommunicationScope lcScope(*this);
+    clsCommunicationScope lcScope(*this);
     msDisplayId = GetDallesID(rcError);
     while (mcRecords->Count() > 0)
         mcRecords->Remove(mcRecords->Count());

@@ -3,6 +3,7 @@
 
 #include "app/clsApplication.h"
 
+#include "app/clsCommunicationScope.h"
 #include "app/clsLogger.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
@@ -25,7 +26,7 @@ const QString kCopying = QStringLiteral("Copying data from the KVT Memory Displa
 // logged and the erase goes on.
 void clsApplication::ClearFlash(clsError& rcError, bool vbCheckId)
 {
-    SetCommunicationIsRunning(true);
+    clsCommunicationScope lcLink(*this);
     const QString lsId = GetDallesID(rcError);
     if (vbCheckId && lsId != msDisplayId) {
         Logger().AddErrorToLog(QStringLiteral("Wrong ID found, aborting erase of database"));
@@ -40,7 +41,6 @@ void clsApplication::ClearFlash(clsError& rcError, bool vbCheckId)
     }
     if (!rcError.IsError())
         mcStatus.SetStatusString(QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
-    SetCommunicationIsRunning(false);
 }
 
 // The erase request goes out once; only the first argument of whatever the

@@ -6,6 +6,7 @@
 #include "app/clsLogger.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
+#include "platform/Err.h"
 #include "platform/ISerialPort.h"
 #include "platform/IEventLoop.h"
 #include "platform/IUserDialogs.h"
@@ -26,13 +27,63 @@ void clsApplication::ApplyPortSettings()
         return;
     const QString lsPort = mcSettings->PortPath().isEmpty() ? QString::number(mcSettings->comPort())
                                                             : mcSettings->PortPath();
-    lcPort->SetOnComm([this]() { mcCom_OnComm(); });
-    lcPort->SetOnError([this](const QString& vsText) { Logger().AddErrorToLog(vsText); });
     if (lcPort->CommPort() == lsPort)
         return;
     if (lcPort->PortOpen())
         lcPort->SetPortOpen(false);
     lcPort->SetCommPort(lsPort);
+}
+
+// The port's events come from Qt signals: nothing may be thrown back into
+// them, so a failure (a log that cannot be written) stays pending for the
+// operation that runs, which reports it.
+void clsApplication::AttachCodec()
+{
+    ISerialPort* lcPort = mcPlatform.Port;
+    if (!lcPort)
+        return;
+    lcPort->SetOnComm([this]() { Err::Trap([this]() { mcCom_OnComm(); }); });
+    lcPort->SetOnError([this](const QString& vsText) { Err::Trap([&]() { Logger().AddErrorToLog(vsText); }); });
+}
+
+// Received bytes stay in the port for whoever reads it now; port trouble is still logged.
+void clsApplication::DetachCodec()
+{
+    if (mcPlatform.Port)
+        mcPlatform.Port->SetOnComm({});
+}
+
+// The port found replaces the one of the settings for this run; the settings keep theirs.
+void clsApplication::RunPortDiscovery()
+{
+    if (!mPortDiscovery)
+        return;
+    clsError lcError;
+    Err::Trap([&]() { mcUsbPort = mPortDiscovery(lcError); });
+    ISerialPort* lcPort = mcPlatform.Port;
+    if (mcUsbPort.Found && !mcUsbPort.Port.isEmpty() && lcPort) {
+        if (lcPort->PortOpen())
+            lcPort->SetPortOpen(false);
+        lcPort->SetCommPort(mcUsbPort.Port);
+    }
+    HandleError(lcError);
+}
+
+void clsApplication::StartAutoDetection()
+{
+    if (mcTimer)
+        mcTimer->SetEnabled(true);
+}
+
+void clsApplication::StopAutoDetection()
+{
+    if (mcTimer)
+        mcTimer->SetEnabled(false);
+}
+
+bool clsApplication::AutoDetectionRunning() const
+{
+    return mcTimer && mcTimer->Enabled();
 }
 
 // Opens the port on first use; a port that cannot be opened or written shows

@@ -149,6 +149,7 @@ void clsHalvexMsg::RemoveArgument(qint16 vlIndex)
 // are, so a zero checksum is sent as a plain 0x00.
 void clsHalvexMsg::SendFrame()
 {
+    RefuseWhileWaiting();
     auto& b = mcSend.Buffer;
     const auto lcPut = [&b](int vlPosition, quint8 vbyValue) {
         if (vlPosition >= kBufferSize)
@@ -187,6 +188,7 @@ void clsHalvexMsg::SendFrame()
 
 void clsHalvexMsg::Send(quint8 vbyFunc, const QString& vsArguments)
 {
+    RefuseWhileWaiting();
     if (!mbSending)
         return;
     mcSend.Func = vbyFunc;
@@ -199,6 +201,7 @@ void clsHalvexMsg::Send(quint8 vbyFunc, const QString& vsArguments)
 // An answer with another function code counts as no answer.
 bool clsHalvexMsg::SendAndWait(quint8 vbyFunc, const QString& vsArguments, qint32& rlTimeout)
 {
+    RefuseWhileWaiting();
     const quint32 llDeadline = mcLoop->timeGetTime() + quint32(rlTimeout);
     mbReceived = false;
     ClearRecieveBuffer();
@@ -210,6 +213,7 @@ bool clsHalvexMsg::SendAndWait(quint8 vbyFunc, const QString& vsArguments, qint3
 bool clsHalvexMsg::SendFlashData(qint32 vlPage, quint8 vbyAddress1, quint8 vbyAddress2, quint8 vbyCount, qint32 vlStart,
                                  const QByteArray& vcData)
 {
+    RefuseWhileWaiting();
     mcSend.Func = 0x33;
     mcSend.NofArguments = 0;
     AddArgumentByte(vlPage);
@@ -233,9 +237,21 @@ bool clsHalvexMsg::SendFlashData(qint32 vlPage, quint8 vbyAddress1, quint8 vbyAd
 // answer came in, sending was stopped or the deadline passed.
 bool clsHalvexMsg::WaitForReply(quint32 vlDeadline)
 {
+    struct Waiting {
+        bool& rbWaiting;
+        ~Waiting() { rbWaiting = false; }
+    } lcWaiting{mbWaiting};
+    mbWaiting = true;
     while (qint32(mcLoop->timeGetTime() - vlDeadline) < 0 && mbSending && !mbReceived)
         mcLoop->WaitForEvents(vlDeadline);
     return mbReceived;
+}
+
+void clsHalvexMsg::RefuseWhileWaiting() const
+{
+    if (mbWaiting)
+        Err::Raise(VbError::InvalidProcedureCall, QStringLiteral("clsHalvexMsg"),
+                   QStringLiteral("A request to the display is still waiting for its answer"));
 }
 
 // A 0x00 is only understood with the byte after it: 00 00 starts a frame,

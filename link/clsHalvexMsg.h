@@ -43,6 +43,8 @@ public:
     // Appends the items of a comma list ("0x0A,&H0B,12") as argument bytes; throws Overflow / Subscript errors.
     void AddArguments(const QString& vsArguments);
     void RemoveArgument(qint16 vlIndex);
+    // The senders throw a run-time error while a request waits for its answer
+    // (an event handler inside the wait must not start a second exchange).
     void SendFrame();
     void Send(quint8 vbyFunc, const QString& vsArguments);
     bool SendAndWait(quint8 vbyFunc, const QString& vsArguments, qint32& rlTimeout);
@@ -104,6 +106,8 @@ private:
     bool AddReceivedByte(quint8 vbyValue);
     void CompleteFrame();
     bool WaitForReply(quint32 vlDeadline);
+    // A request made while another waits for its answer would take that answer: refused.
+    void RefuseWhileWaiting() const;
 
     IEventLoop* mcLoop;
     std::function<bool(const QByteArray&)> mSendString;
@@ -114,4 +118,5 @@ private:
     quint8 mbyReceiveByte = 0;
     bool mbZeroPending = false;
     bool mbReceived = false;
+    bool mbWaiting = false;
 };

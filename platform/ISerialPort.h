@@ -22,6 +22,13 @@ public:
     virtual bool Output(const QByteArray& vcData) = 0;
     // Everything received and not read yet.
     virtual QByteArray Input() = 0;
+    // Waits, through the event loop, until unread input is there or
+    // timeGetTime() reaches vlDeadline; true when input is there.
+    virtual bool WaitForInput(quint32 vlDeadline) = 0;
+    // Blocks until everything written has left the port.
+    virtual void Flush() = 0;
+    // Drops input that was received and not read.
+    virtual void Purge() = 0;
 
     // The receive event: called whenever characters have arrived.
     void SetOnComm(std::function<void()> vHandler) { mOnComm = std::move(vHandler); }

@@ -1,7 +1,22 @@
 #include "platform/QtSerialPort.h"
 
-QtSerialPort::QtSerialPort(QObject* vcParent)
+#include "platform/IEventLoop.h"
+
+#if defined(Q_OS_WIN)
+#include <windows.h>
+#elif defined(Q_OS_UNIX)
+#include <termios.h>
+#endif
+
+namespace {
+// How long one chunk may take to reach the driver before a flush gives up: a
+// stuck line must not hang the program.
+constexpr int kWriteWaitMs = 2000;
+}
+
+QtSerialPort::QtSerialPort(IEventLoop& rcLoop, QObject* vcParent)
     : QObject(vcParent)
+    , mrLoop(rcLoop)
 {
     connect(&mcPort, &QSerialPort::readyRead, this, [this]() { RaiseOnComm(); });
     connect(&mcPort, &QSerialPort::errorOccurred, this, &QtSerialPort::mcPort_ErrorOccurred);
@@ -70,6 +85,35 @@ QByteArray QtSerialPort::Input()
     if (!mcPort.isOpen())
         return {};
     return mcPort.readAll();
+}
+
+bool QtSerialPort::WaitForInput(quint32 vlDeadline)
+{
+    while (!(mcPort.isOpen() && mcPort.bytesAvailable() > 0) && qint32(mrLoop.timeGetTime() - vlDeadline) < 0)
+        mrLoop.WaitForEvents(vlDeadline);
+    return mcPort.isOpen() && mcPort.bytesAvailable() > 0;
+}
+
+// Qt's buffer goes to the driver first; then the driver is drained, so the
+// last byte is on the wire when this returns (the bootloader times its
+// answer from the end of a line).
+void QtSerialPort::Flush()
+{
+    if (!mcPort.isOpen())
+        return;
+    while (mcPort.bytesToWrite() > 0 && mcPort.waitForBytesWritten(kWriteWaitMs)) {
+    }
+#if defined(Q_OS_WIN)
+    FlushFileBuffers(mcPort.handle());
+#elif defined(Q_OS_UNIX)
+    tcdrain(mcPort.handle());
+#endif
+}
+
+void QtSerialPort::Purge()
+{
+    if (mcPort.isOpen())
+        mcPort.clear(QSerialPort::Input);
 }
 
 // Only a vanished device closes the port; time-outs and framing trouble are the

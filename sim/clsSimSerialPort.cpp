@@ -1,27 +1,34 @@
 #include "sim/clsSimSerialPort.h"
 
+#include "platform/IEventLoop.h"
 #include "platform/VirtualClock.h"
 #include "sim/clsSimDisplay.h"
 
 #include <QPointer>
 #include <QTimer>
 
-clsSimSerialPort::clsSimSerialPort(clsSimDisplay& rcDisplay, Clock vClock, Scheduler vScheduler, qint32 vlBaudRate)
+clsSimSerialPort::clsSimSerialPort(clsSimDisplay& rcDisplay, Loop vLoop, Scheduler vScheduler, qint32 vlBaudRate)
     : mrDisplay(rcDisplay)
-    , mClock(std::move(vClock))
+    , mLoop(std::move(vLoop))
     , mSchedule(std::move(vScheduler))
     , mlBaudRate(vlBaudRate)
 {
 }
 
-clsSimSerialPort::clsSimSerialPort(clsSimDisplay& rcDisplay, VirtualClock& rcClock, qint32 vlBaudRate)
-    : clsSimSerialPort(rcDisplay, VirtualClockTime(rcClock), VirtualClockScheduler(rcClock), vlBaudRate)
+clsSimSerialPort::clsSimSerialPort(clsSimDisplay& rcDisplay, IEventLoop& rcLoop, Scheduler vScheduler,
+                                   qint32 vlBaudRate)
+    : clsSimSerialPort(rcDisplay, [&rcLoop]() -> IEventLoop& { return rcLoop; }, std::move(vScheduler), vlBaudRate)
 {
 }
 
-clsSimSerialPort::Clock clsSimSerialPort::VirtualClockTime(VirtualClock& rcClock)
+clsSimSerialPort::clsSimSerialPort(clsSimDisplay& rcDisplay, VirtualClock& rcClock, qint32 vlBaudRate)
+    : clsSimSerialPort(rcDisplay, rcClock, VirtualClockScheduler(rcClock), vlBaudRate)
 {
-    return [&rcClock]() { return rcClock.timeGetTime(); };
+}
+
+quint64 clsSimSerialPort::NowUs() const
+{
+    return quint64(mLoop().timeGetTime()) * 1000;
 }
 
 clsSimSerialPort::Scheduler clsSimSerialPort::VirtualClockScheduler(VirtualClock& rcClock)
@@ -102,4 +109,20 @@ QByteArray clsSimSerialPort::Input()
     QByteArray lcInput;
     lcInput.swap(mcInput);
     return lcInput;
+}
+
+bool clsSimSerialPort::WaitForInput(quint32 vlDeadline)
+{
+    IEventLoop& lcLoop = mLoop();
+    while (mcInput.isEmpty() && qint32(lcLoop.timeGetTime() - vlDeadline) < 0)
+        lcLoop.WaitForEvents(vlDeadline);
+    return !mcInput.isEmpty();
+}
+
+void clsSimSerialPort::Flush()
+{
+    IEventLoop& lcLoop = mLoop();
+    const quint32 llDone = quint32((mlToDisplayFreeUs + 999) / 1000);
+    while (mbOpen && qint32(lcLoop.timeGetTime() - llDone) < 0)
+        lcLoop.WaitForEvents(llDone);
 }

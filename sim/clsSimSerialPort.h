@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 
+class IEventLoop;
 class QObject;
 class VirtualClock;
 class clsSimDisplay;
@@ -15,22 +16,23 @@ class clsSimDisplay;
 // The serial line to a simulated display, in process. What the host writes
 // reaches the display after its time on the wire; the display's answer
 // reaches the host after its own time on the wire, each byte taking 10 bits
-// at the baud rate, one byte after another in each direction. Time comes from
-// a clock and a scheduler: the virtual clock for tests, Qt's timers for a
-// simulated display in real time.
+// at the baud rate, one byte after another in each direction. Time and waits
+// come from the program's event loop, the display's answers from a
+// scheduler: the virtual clock for tests, Qt's timers for a simulated
+// display in real time.
 class clsSimSerialPort : public ISerialPort
 {
 public:
-    // Milliseconds now, as the program's event loop counts them.
-    using Clock = std::function<quint32()>;
+    // The program's event loop, looked up when needed (a test rig makes its clock after the port).
+    using Loop = std::function<IEventLoop&()>;
     // Runs the action after the delay.
     using Scheduler = std::function<void(quint32 vlDelayMs, std::function<void()> vAction)>;
 
-    clsSimSerialPort(clsSimDisplay& rcDisplay, Clock vClock, Scheduler vScheduler, qint32 vlBaudRate = 57600);
+    clsSimSerialPort(clsSimDisplay& rcDisplay, Loop vLoop, Scheduler vScheduler, qint32 vlBaudRate = 57600);
+    clsSimSerialPort(clsSimDisplay& rcDisplay, IEventLoop& rcLoop, Scheduler vScheduler, qint32 vlBaudRate = 57600);
     // On the virtual clock.
     clsSimSerialPort(clsSimDisplay& rcDisplay, VirtualClock& rcClock, qint32 vlBaudRate = 57600);
 
-    static Clock VirtualClockTime(VirtualClock& rcClock);
     static Scheduler VirtualClockScheduler(VirtualClock& rcClock);
     // Single-shot QTimers in vcContext's thread; the actions die with vcContext.
     static Scheduler QtTimerScheduler(QObject* vcContext);
@@ -41,6 +43,10 @@ public:
     bool SetPortOpen(bool vbOpen) override;
     bool Output(const QByteArray& vcData) override;
     QByteArray Input() override;
+    bool WaitForInput(quint32 vlDeadline) override;
+    // Returns when the last byte written has reached the display.
+    void Flush() override;
+    void Purge() override { mcInput.clear(); }
 
     // A pulled cable: nothing reaches the display or comes back; opening fails while it is out.
     void SetCableConnected(bool vbConnected) { mbConnected = vbConnected; }
@@ -56,13 +62,13 @@ public:
     quint64 WireTimeUs(qint64 vlBytes) const;
 
 private:
-    quint64 NowUs() const { return quint64(mClock()) * 1000; }
+    quint64 NowUs() const;
     void Deliver(const QByteArray& vcBytes);
 
     clsSimDisplay& mrDisplay;
     // Answers still on the line when the port goes are dropped, not delivered to it.
     std::shared_ptr<bool> mcAlive = std::make_shared<bool>(true);
-    Clock mClock;
+    Loop mLoop;
     Scheduler mSchedule;
     qint32 mlBaudRate;
     QString msPort;

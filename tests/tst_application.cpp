@@ -25,7 +25,8 @@ private slots:
     void closingAfterQuitDoesNothingMore();
     void delayedQuitWaits200ms();
     void handleErrorShowsOnlyErrors();
-    void portSearchFailureDoesNotStopStartUp();
+    void portDiscoveryAtStartUp_data();
+    void portDiscoveryAtStartUp();
 };
 
 void tst_application::directoryFromPath_data()
@@ -120,13 +121,38 @@ void tst_application::handleErrorShowsOnlyErrors()
     QCOMPARE(lcError.Error(), 0);
 }
 
-void tst_application::portSearchFailureDoesNotStopStartUp()
+void tst_application::portDiscoveryAtStartUp_data()
 {
-    TestApp lcTest(nullptr, false);
-    lcTest.app->SetPortSearch([](clsError& rcError) { rcError.SetError(ErrorCode::NoUsbInterface); });
+    QTest::addColumn<QString>("found");
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QString>("status");
+    QTest::newRow("no USB interface") << "" << ErrorCode::NoUsbInterface << "1"
+                                      << clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed();
+    QTest::newRow("found COM7") << "7" << 0 << "7" << "";
+    QTest::newRow("found by path") << "/dev/ttyUSB0" << 0 << "/dev/ttyUSB0" << "";
+}
+
+// A search that fails is shown and start-up goes on with the port of the settings.
+void tst_application::portDiscoveryAtStartUp()
+{
+    QFETCH(QString, found);
+    QFETCH(int, error);
+    QFETCH(QString, port);
+    QFETCH(QString, status);
+    RecordingSerialPort lcPort;
+    TestApp lcTest(&lcPort, false);
+    lcTest.app->SetPortDiscovery([&](clsError& rcError) {
+        if (error)
+            rcError.SetError(error);
+        return clsFoundPort{found, !found.isEmpty()};
+    });
     lcTest.app->Init();
     QVERIFY(lcTest.app->IsInitialised());
-    QCOMPARE(lcTest.window.LastStatus(), clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed());
+    QCOMPARE(lcTest.window.LastStatus(), status);
+    QCOMPARE(lcPort.CommPort(), port);
+    QCOMPARE(lcTest.app->UsbComport().Found, !found.isEmpty());
+    QCOMPARE(lcTest.app->Settings().comPort(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_application)

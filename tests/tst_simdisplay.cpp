@@ -2,12 +2,12 @@
 // faults behave and how its serial line paces the bytes.
 
 #include "link/clsHalvexMsg.h"
+#include "platform/QtEventLoop.h"
 #include "platform/VirtualClock.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimSerialPort.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTest>
 
 namespace {
@@ -201,17 +201,17 @@ private slots:
     void realTimeScheduler()
     {
         clsSimDisplay lcDisplay;
-        QElapsedTimer lcTime;
-        lcTime.start();
-        clsSimSerialPort lcPort(lcDisplay, [&lcTime]() { return quint32(lcTime.elapsed()); },
-                                clsSimSerialPort::QtTimerScheduler(this), 9600);
-        bool lbAnswered = false;
-        lcPort.SetOnComm([&]() { lbAnswered = true; });
+        QtEventLoop lcLoop;
+        clsSimSerialPort lcPort(lcDisplay, lcLoop, clsSimSerialPort::QtTimerScheduler(this), 9600);
         lcPort.SetPortOpen(true);
+        const quint32 llStart = lcLoop.timeGetTime();
         lcPort.Output(Request(0xCE, QByteArray()));
-        QTRY_VERIFY_WITH_TIMEOUT(lbAnswered, 2000);
+        // the 7-byte request takes 7 ms on the wire at 960 bytes a second
+        lcPort.Flush();
+        QVERIFY(lcLoop.timeGetTime() - llStart >= 7);
+        QVERIFY(lcPort.WaitForInput(llStart + 2000));
         // 23 bytes at 960 bytes a second
-        QVERIFY(lcTime.elapsed() >= 23);
+        QVERIFY(lcLoop.timeGetTime() - llStart >= 23);
     }
 };
 

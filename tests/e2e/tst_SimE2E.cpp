@@ -8,6 +8,7 @@
 #include "app/clsSettings.h"
 #include "data/clsFlashMemInfo.h"
 #include "link/clsHalvexMsg.h"
+#include "link/clsRawPortSession.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "sim/clsSimSamples.h"
@@ -24,11 +25,11 @@ namespace {
 class clsWarpEventLoop : public QtEventLoop
 {
 public:
-    explicit clsWarpEventLoop(const ISerialPort& rcPort) : mrPort(rcPort) {}
+    void Watch(const ISerialPort& rcPort) { mcPort = &rcPort; }
     quint32 timeGetTime() override { return QtEventLoop::timeGetTime() + mlSkipped; }
     void WaitForEvents(quint32 vlDeadline) override
     {
-        if (mrPort.PortOpen()) {
+        if (!mcPort || mcPort->PortOpen()) {
             QtEventLoop::WaitForEvents(vlDeadline);
             return;
         }
@@ -39,15 +40,16 @@ public:
     }
 
 private:
-    const ISerialPort& mrPort;
+    const ISerialPort* mcPort = nullptr;
     quint32 mlSkipped = 0;
 };
 
 // The application as the program builds it, on the real port, with scripted boxes.
 struct clsPtyApp {
     clsPtyApp()
-        : loop(port)
+        : port(loop)
     {
+        loop.Watch(port);
         clsPlatform lcPlatform;
         lcPlatform.EventLoop = &loop;
         lcPlatform.Dialogs = &dialogs;
@@ -65,8 +67,8 @@ struct clsPtyApp {
     }
 
     QTemporaryDir home;
-    QtSerialPort port;
     clsWarpEventLoop loop;
+    QtSerialPort port;
     FakeUserDialogs dialogs;
     FakeMainWindow window;
     std::unique_ptr<clsApplication> app;
@@ -239,32 +241,30 @@ void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
     QCOMPARE(lcMsg.ReceiveArguments(0), quint8(1));
 
     // The raw stream: the host reads the port itself, line by line, as the firmware upload does.
-    lcMsg.StopComSending();
-    lcHost.port.SetOnComm({});
     QStringList lcAnswers;
-    const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
-    for (int i = 1; i < lcLines.size(); ++i) {
-        const QByteArray lcLine = lcLines[i].trimmed();
-        if (lcLine.isEmpty())
-            continue;
-        for (;;) {
-            QVERIFY(lcHost.port.Output(QByteArray::fromHex(lcLine)));
-            QByteArray lcReply;
-            const quint32 llDeadline = lcHost.loop.timeGetTime() + 2000;
-            while (lcReply.size() <= 3 && qint32(llDeadline - lcHost.loop.timeGetTime()) > 0) {
-                lcHost.loop.WaitForEvents(llDeadline);
-                lcReply += lcHost.port.Input();
+    {
+        clsRawPortSession lcRaw(*lcHost.app);
+        const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
+        for (int i = 1; i < lcLines.size(); ++i) {
+            const QByteArray lcLine = lcLines[i].trimmed();
+            if (lcLine.isEmpty())
+                continue;
+            for (;;) {
+                QVERIFY(lcRaw.Output(QByteArray::fromHex(lcLine)));
+                lcRaw.Flush();
+                QByteArray lcReply;
+                const quint32 llDeadline = lcHost.loop.timeGetTime() + 2000;
+                while (lcReply.size() <= 3 && lcRaw.WaitForInput(llDeadline))
+                    lcReply += lcRaw.Input();
+                lcAnswers << QString::fromLatin1(lcReply).trimmed();
+                if (!lcReply.startsWith("NAK"))
+                    break;
             }
-            lcAnswers << QString::fromLatin1(lcReply).trimmed();
-            if (!lcReply.startsWith("NAK"))
-                break;
         }
     }
     QCOMPARE(lcAnswers, QStringList({"NAK", "NAK", "OK", "OK", "OK", "OK", "ACK", "REB"}));
 
     // Restarted: frames again.
-    lcHost.app->ApplyPortSettings();
-    lcMsg.StartComSending();
     clsError lcError;
     QVERIFY(!lcHost.app->GetDallesID(lcError).isEmpty());
     QVERIFY(!lcError.IsError());

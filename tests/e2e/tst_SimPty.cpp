@@ -1,6 +1,7 @@
 // The production serial port on a pseudo-terminal: bytes both ways, the pace
 // of the line, and a cable pulled and plugged back in.
 
+#include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "sim/clsPtyTransport.h"
 
@@ -62,9 +63,23 @@ void tst_SimPty::BytesBothWaysAtTheLinePace()
     QString lsError;
     QVERIFY2(lcPty.Open(lsError), qPrintable(lsError));
     lcPty.SetBaudRate(baud);
-    QtSerialPort lcPort;
+    QtEventLoop lcLoop;
+    QtSerialPort lcPort(lcLoop);
     lcPort.SetCommPort(lcPty.SlavePath());
     QVERIFY(lcPort.SetPortOpen(true));
+
+    // The transport verbs on the real port: a wait that ends with input, a purge that drops it.
+    lcPty.Write("stale");
+    QVERIFY(lcPort.WaitForInput(lcLoop.timeGetTime() + 2000));
+    // the paced line needs about a millisecond a byte for the rest
+    const quint32 llAllIn = lcLoop.timeGetTime() + 100;
+    while (qint32(lcLoop.timeGetTime() - llAllIn) < 0)
+        lcLoop.WaitForEvents(llAllIn);
+    lcPort.Purge();
+    QVERIFY(lcPort.Input().isEmpty());
+    const quint32 llDeadline = lcLoop.timeGetTime() + 50;
+    QVERIFY(!lcPort.WaitForInput(llDeadline));
+    QVERIFY(qint32(lcLoop.timeGetTime() - llDeadline) >= 0);
 
     QSignalSpy lcToDisplay(&lcPty, &clsPtyTransport::Received);
     QVERIFY(lcPort.Output(QByteArray("\x00\x00\x66\x01\x07\xCE\xAE", 7)));
@@ -97,7 +112,8 @@ void tst_SimPty::PulledCableIsReportedOnceAndReopensAfterReplugging()
     auto lcPty = std::make_unique<clsPtyTransport>();
     QVERIFY2(lcPty->Open(lsError) && lcPty->SetLink(lsLink, lsError), qPrintable(lsError));
 
-    QtSerialPort lcPort;
+    QtEventLoop lcLoop;
+    QtSerialPort lcPort(lcLoop);
     QStringList lcReports;
     lcPort.SetOnError([&](const QString& vsText) { lcReports << vsText; });
     lcPort.SetCommPort(lsLink);

@@ -39,8 +39,8 @@ private slots:
             QVERIFY2(lcSim.waitForReadyRead(3000), "the simulator printed no pty");
 
         QTemporaryDir lcHome;
-        QtSerialPort lcPort;
         QtEventLoop lcLoop;
+        QtSerialPort lcPort(lcLoop);
         FakeUserDialogs lcDialogs;
         FakeMainWindow lcWindow;
         clsPlatform lcPlatform;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/IEventLoop.h"
 #include "platform/ISerialPort.h"
 
 #include <QList>
@@ -25,10 +26,22 @@ public:
         return true;
     }
     QByteArray Input() override { return QByteArray(); }
+    // Nothing ever comes in: the wait lasts until the deadline on the loop, if there is one.
+    bool WaitForInput(quint32 vlDeadline) override
+    {
+        while (loop && qint32(loop->timeGetTime() - vlDeadline) < 0)
+            loop->WaitForEvents(vlDeadline);
+        return false;
+    }
+    void Flush() override { ++flushes; }
+    void Purge() override { ++purges; }
 
     QString port;
     bool open = false;
     bool canOpen = true;
     int openCalls = 0;
+    int flushes = 0;
+    int purges = 0;
+    IEventLoop* loop = nullptr;
     QList<QByteArray> written;
 };

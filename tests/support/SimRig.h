@@ -9,7 +9,7 @@
 struct SimRig {
     clsSimDisplay display;
     VirtualClock* clock = nullptr;
-    clsSimSerialPort port{display, [this]() { return clock->timeGetTime(); },
+    clsSimSerialPort port{display, [this]() -> IEventLoop& { return *clock; },
                           [this](quint32 vlDelay, std::function<void()> vAction) {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
