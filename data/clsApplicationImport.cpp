@@ -65,8 +65,7 @@ qint32 ToLong(double vdValue)
 class PageValues
 {
 public:
-    PageValues(QByteArray vcContent, QString vsFile)
-        : mcContent(std::move(vcContent)), msFile(std::move(vsFile)) {}
+    PageValues(const QByteArray& vcContent, QString vsFile) : mcContent(vcContent), msFile(std::move(vsFile)) {}
 
     quint8 Next()
     {
@@ -102,7 +101,7 @@ public:
     }
 
 private:
-    QByteArray mcContent;
+    const QByteArray& mcContent;
     QString msFile;
     qsizetype mlPos = 0;
     qint64 mlLine = 0;
@@ -111,14 +110,19 @@ private:
 // Appends the valid records of one page file to the collection, then deletes
 // the file. A read error leaves the file where it is.
 template <typename F>
-void DecodePageFile(const QString& vsFile, qint32 vlPageSize, clsRecordCollection& rcRecords,
+void DecodePageFile(const QString& vsFile, qint32 vlPageSize, QByteArray& rcBuffer, clsRecordCollection& rcRecords,
                     clsProgressBarInfo& rcBar, F&& vRecordAdded)
 {
     QFile lcFile(vsFile);
     if (!lcFile.open(QIODevice::ReadOnly))
         RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
-    PageValues lcValues(lcFile.readAll(), vsFile);
+    rcBuffer.resize(lcFile.size());
+    const qint64 llRead = lcFile.read(rcBuffer.data(), rcBuffer.size());
+    if (llRead < 0)
+        RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
+    rcBuffer.resize(llRead);
     lcFile.close();
+    PageValues lcValues(rcBuffer, vsFile);
     clsHalvexRecord::Bytes lcBytes;
     for (qint32 llLeft = vlPageSize; llLeft / clsHalvexRecord::kSize >= 1; llLeft -= clsHalvexRecord::kSize) {
         for (quint8& rbyValue : lcBytes)
@@ -220,11 +224,13 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
             llRoom += std::min<qint64>(llPageSize / clsHalvexRecord::kSize, QFileInfo(lsFile).size() / 48);
     }
     mcRecords->Reserve(int(std::min<qint64>(llRoom, std::numeric_limits<int>::max())));
+    // One buffer for every file: a fresh one per file cost more in page faults than reading.
+    QByteArray lcBuffer;
     for (const QString& lsFile : lcFiles) {
         if (!lsFile.isEmpty()) {
             rcSmall.SetVisible(true);
             rcSmall.Reset();
-            DecodePageFile(lsFile, llPageSize, *mcRecords, rcSmall, lcRecordAdded);
+            DecodePageFile(lsFile, llPageSize, lcBuffer, *mcRecords, rcSmall, lcRecordAdded);
             rcSmall.SetVisible(false);
         }
         rcBig.Increment();
@@ -285,7 +291,7 @@ void clsApplication::CorrectKmInformation(clsError& rcError)
     for (qint32 i = 1; i <= mcRecords->Count(); ++i) {
         clsHalvexRecord& rcRecord = mcRecords->Item(i);
         if (rcRecord.IsValid()) {
-            if (llAnchor == 0 && rcRecord.IsValidKmStand() && !rcRecord.sEndKm().isEmpty())
+            if (llAnchor == 0 && rcRecord.IsValidKmStand() && rcRecord.HasEndKm())
                 llAnchor = i;
             if (rcRecord.isKmCorrectieType()) {
                 const double ldPrevious = rcRecord.PreviousKM().toDouble();
@@ -314,7 +320,7 @@ void clsApplication::RecalculateKmTellers(qint32 vlAnchor, qint32 vlCorrection, 
         return;
     for (qint32 j = vlAnchor; j <= vlCorrection - 1; ++j) {
         clsHalvexRecord& rcRecord = mcRecords->Item(j);
-        if (!rcRecord.IsValid() || !rcRecord.IsValidKmStand() || rcRecord.sEndKm().isEmpty())
+        if (!rcRecord.IsValid() || !rcRecord.IsValidKmStand() || !rcRecord.HasEndKm())
             continue;
         const double ldKm = rcRecord.lEndKmTeller();
         if (!(ldKm > A && std::fabs(ldKm - A) < 10000))

@@ -49,6 +49,8 @@ public:
     qint32 lEndLongitude();
     qint32 lEndKmTeller();
     void SetlEndKmTeller(qint32 vlValue);
+    // Whether sEndKm shows a number, without making its text.
+    bool HasEndKm() const { return mbIsValidKmStand && HasKmCounter() && !EndKmIsBlank(); }
 
     qint32 lStartKmTeller() const { return mlStartKmTeller; }
     void SetlStartKmTeller(qint32 vlValue) { mlStartKmTeller = vlValue; }
