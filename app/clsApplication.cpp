@@ -6,6 +6,7 @@
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 #include "link/clsHalvexMsg.h"
+#include "platform/Err.h"
 #include "platform/IEventLoop.h"
 #include "platform/IMainWindow.h"
 
@@ -25,6 +26,7 @@ clsApplication::clsApplication(const clsPlatform& vcPlatform)
 {
     gcApplication = this;
     clsDTimer::UseEventLoop(mcPlatform.EventLoop);
+    clsError::UseEventLoop(mcPlatform.EventLoop);
     connect(&mcStatus, &clsStatus::StatusChanged, this, &clsApplication::mcStatus_StatusChanged);
 }
 
@@ -33,8 +35,10 @@ clsApplication::~clsApplication()
     mcTimer.reset();
     mcDelayedQuite.reset();
     clsHalvexRecord::UsePlaces(nullptr);
-    if (gcApplication == this)
+    if (gcApplication == this) {
         gcApplication = nullptr;
+        clsError::UseEventLoop(nullptr);
+    }
 }
 
 clsApplication* clsApplication::Instance()
@@ -46,11 +50,11 @@ void clsApplication::Init()
 {
     mcSettings = std::make_unique<clsSettings>(StdDirectory());
     mcSettings->Init();
-    mcLogger = std::make_unique<clsLogger>(StdDirectory(), mcPlatform.Dialogs, ApplicationName(), VersionString());
-    mcLogger->Init();
+    StartLogging();
     MessageBrooker().SetDeviceAddress(102);
     MessageBrooker().SetHostAddress(1);
     mcRecords->Clear();
+    CreateGpsPlaces();
     ApplyPortSettings();
     AttachCodec();
     RunPortDiscovery();
@@ -61,6 +65,22 @@ void clsApplication::Init()
     mbCommunicationStopped = false;
     mbAutoDetectionEnabled = true;
     mbInitialised = true;
+}
+
+// A log that cannot be written does not stop the program: it runs without
+// one, and the status line says so.
+void clsApplication::StartLogging()
+{
+    mcLogger = std::make_unique<clsLogger>(StdDirectory(), mcPlatform.Dialogs, *mcPlatform.EventLoop,
+                                           ApplicationName(), VersionString());
+    clsError lcError;
+    if (Err::Trap([this]() { mcLogger->Init(); }) || !lcError.IsError())
+        return;
+    mcLogger->SwitchOff();
+    lcError.SetDescription(QStringLiteral("Unable to write the log file ") +
+                           QDir::toNativeSeparators(mcLogger->FileName()) + QStringLiteral(" (") +
+                           lcError.Description() + QStringLiteral("), going on without a log"));
+    HandleError(lcError);
 }
 
 void clsApplication::Start(const std::function<void()>& vShowMainWindow)
@@ -78,15 +98,17 @@ void clsApplication::DeInit()
     if (!mbInitialised)
         return;
     mbInitialised = false;
+    // Nothing in shut-down reports errors, and none may stop the settings from being saved.
     if (mcMessage)
-        mcMessage->Send(0x10, QString());
+        Err::Trap([this]() { mcMessage->Send(0x10, QString()); });
     if (mcPlatform.MainWindow)
         mcPlatform.MainWindow->GiveUpWork();
-    mcPlatform.EventLoop->DoEvents();
+    Err::Trap([this]() { mcPlatform.EventLoop->DoEvents(); });
     if (mcTimer)
         mcTimer->SetEnabled(false);
-    mcLogger->DeInit();
+    Err::Trap([this]() { mcLogger->DeInit(); });
     mcSettings->DeInit();
+    Err::Clear();
     if (mcMessage)
         mcMessage->StopComSending();
     mcTimer.reset();
@@ -161,11 +183,16 @@ QString clsApplication::GetDirectoryFromPath(const QString& vsPath)
     return llLast < 0 ? QString() : vsPath.left(llLast + 1);
 }
 
+// Shown and logged. A log that fails here cannot report itself: the error
+// the user must see is already on the status line.
 void clsApplication::HandleError(clsError& rcError)
 {
     if (!rcError.IsError())
         return;
-    mcStatus.SetStatusString(rcError.Description());
+    const QString lsDescription = rcError.Description();
+    mcStatus.SetStatusString(lsDescription);
+    if (mcLogger)
+        Err::Trap([&]() { mcLogger->AddErrorToLog(lsDescription); });
     rcError.Clear();
 }
 
@@ -177,22 +204,6 @@ clsSettings& clsApplication::Settings()
 clsLogger& clsApplication::Logger()
 {
     return *mcLogger;
-}
-
-clsGpsPlaces& clsApplication::GpsPlaces()
-{
-    if (!mcGpsPlaces) {
-        QString lsPath = mcPlatform.PlacesFile;
-        if (lsPath.isEmpty()) {
-            lsPath = StdDirectory() + QStringLiteral("postcode.gps");
-            const QString lsShipped = QStringLiteral(CORVANE_DATA_DIR "/postcode.gps");
-            if (!QFileInfo::exists(lsPath) && QFileInfo::exists(lsShipped))
-                lsPath = lsShipped;
-        }
-        mcGpsPlaces = std::make_unique<clsGpsPlaces>(lsPath, mcPlatform.Dialogs);
-        clsHalvexRecord::UsePlaces(mcGpsPlaces.get());
-    }
-    return *mcGpsPlaces;
 }
 
 // Copies the status model to the window: the text padded to 90 characters,

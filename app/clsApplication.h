@@ -147,7 +147,11 @@ public:
     void ShowRecords(clsError& rcError);
     clsRecordCollection& Records() { return *mcRecords; }
     clsRecordSelection& Selection() { return mcSelection; }
+
+    // ---- Place table: data/clsApplicationPlaces.cpp ----
     clsGpsPlaces& GpsPlaces();
+    // Where postcode.gps is read from, for a program in vsProgramDirectory.
+    static QString LocatePlacesFile(const QString& vsStdDirectory, const QString& vsProgramDirectory);
 
     // ---- Export: export/clsApplicationExport.cpp ----
     void SaveToDisk(clsError& rcError);
@@ -183,7 +187,10 @@ private:
     // Record pipeline: the bodies of the two steps the window also runs alone.
     void CollectRoutes();
     void FillGrid();
+    // Place table: made by Init (or by the first use in an application that was not started).
+    void CreateGpsPlaces();
 
+    void StartLogging();
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();

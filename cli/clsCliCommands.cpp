@@ -4,6 +4,7 @@
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
 #include "data/clsHalvexRecord.h"
+#include "data/clsRecordCollection.h"
 #include "platform/IMainWindow.h"
 
 #include <cstdio>
@@ -114,8 +115,14 @@ void clsCliCommands::PrintGrid()
 {
     if (!mcOptions.mbPrint)
         return;
-    QString lsText = clsHalvexRecord::GetHeaderStringWithDelimiter(QStringLiteral("\t")) + QLatin1Char('\n');
-    for (const QString& lsRow : mcWindow.GridRows())
-        lsText += lsRow + QLatin1Char('\n');
+    const QString lsTab = QStringLiteral("\t");
+    QString lsText = clsHalvexRecord::GetHeaderStringWithDelimiter(lsTab) + QLatin1Char('\n');
+    const clsRecordCollection& rcRecords = mcApplication.Records();
+    const clsRecordSelection& rcSelection = mcApplication.Selection();
+    for (int i = 1; mcWindow.ShowsRecords() && i <= rcRecords.Count(); ++i) {
+        const clsHalvexRecord& rcRecord = rcRecords.Item(i);
+        if (rcSelection.Admits(rcRecord))
+            lsText += rcRecord.GetFullStringWithDelimiter(lsTab, rcSelection.cheShowRoute) + QLatin1Char('\n');
+    }
     WriteOut(lsText);
 }

@@ -292,10 +292,11 @@ bool clsCliOptions::SetGeometry(const QString& vsGeometry)
     qint32 llValues[3] = {};
     for (int i = 0; lbOk && i < 3; ++i)
         llValues[i] = lcParts[i].trimmed().toInt(&lbOk);
-    // A page must hold at least one 24-byte record; 2^20 bytes is far beyond any display.
-    if (!lbOk || llValues[0] < 0 || llValues[1] < llValues[0] || llValues[2] < 5 || llValues[2] > 20)
+    // Every page size a display can report whose byte count fits a 32-bit
+    // integer; a page smaller than a record simply holds none.
+    if (!lbOk || llValues[0] < 0 || llValues[1] < llValues[0] || llValues[2] < 0 || llValues[2] > 30)
         return Refuse(QStringLiteral("--geometry wants FIRST,LAST,SIZELOG2 with 0 <= FIRST <= LAST and "
-                                     "5 <= SIZELOG2 <= 20, not \"")
+                                     "0 <= SIZELOG2 <= 30, not \"")
                       + vsGeometry + QStringLiteral("\""));
     mcGeometry.SetFirstPage(llValues[0]);
     mcGeometry.SetLastPage(llValues[1]);

@@ -34,8 +34,9 @@ private:
 
 // The main window of the command line: the status model becomes one progress
 // line on stderr (status text, then the big and small bar in per cent),
-// redrawn in place on a terminal and written as plain lines otherwise; the
-// grid is kept so that --print can write it out.
+// redrawn in place on a terminal and written as plain lines otherwise. Of the
+// grid it keeps only whether rows are shown, so that --print writes what the
+// window would show.
 class clsTerminalWindow : public QObject, public IMainWindow
 {
     Q_OBJECT
@@ -48,7 +49,8 @@ public:
     void PrintLine(const QString& vsText, bool vbNewLine = true);
     // Ends the progress line so that what follows starts on a fresh line.
     void Finish();
-    QStringList GridRows() const { return mcGridRows; }
+    // False after ClearGrid until the next RecordsChanged: the grid shows only its header.
+    bool ShowsRecords() const { return mbShowsRecords; }
     // The progress line as it stands now.
     QString ProgressText() const;
 
@@ -56,9 +58,9 @@ public:
     IProgressBar& ProgressBar(Bar vBar) override;
     void EnableButtons(bool vbEnabled) override;
     void EnableMenu(bool vbEnabled) override { (void)vbEnabled; }
-    void ClearGrid() override { mcGridRows.clear(); }
-    void AddGridRow(const QString& vsTabbedRow) override { mcGridRows << vsTabbedRow; }
-    void ResetGrid() override { mcGridRows.clear(); }
+    void ClearGrid() override { mbShowsRecords = false; }
+    void RecordsChanged() override { mbShowsRecords = true; }
+    void RecordsCleared() override { mbShowsRecords = false; }
     void AutoSizeTheColumns() override {}
     QString UploadFileText(int vlIndex) const override;
     void SetUploadFileText(int vlIndex, const QString& vsFileName) override;
@@ -79,6 +81,6 @@ private:
     int mlPlainTenth = -1;
     quint32 mlPlainTime = 0;
     clsTerminalBar mcBars[3];
-    QStringList mcGridRows;
+    bool mbShowsRecords = false;
     QMap<int, QString> mcUploadFiles;
 };

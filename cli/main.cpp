@@ -196,8 +196,9 @@ int main(int argc, char* argv[])
                  + QDir::toNativeSeparators(lcPlatform.HomeDir) + QLatin1Char('\n'));
         return clsCliCommands::kExitError;
     }
-    // A run-time error outside an operation (the log or the settings file
-    // cannot be written) has no error value to go to: it ends the run here.
+    // A run-time error outside an operation has no error value to go to: it
+    // ends the run here. (The log and the settings file never get this far:
+    // without a log the run goes on, and settings writes are best effort.)
     try {
         return RunApplication(lcOptions, lcPlatform, [&]() { lcDecodeHome.remove(); });
     } catch (const clsRuntimeError& e) {

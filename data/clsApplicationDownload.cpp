@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QStringList>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -63,6 +64,16 @@ void WriteLines(QFile& rcFile, const QByteArray& vcLines)
         Err::Raise(VbError::PathFileAccessError, QStringLiteral("DownloadPages"));
 }
 
+// 2 ^ SizeOnePage bytes, worked out in floating point; a page that does not
+// fit a 32-bit integer is an overflow, raised before any page file is made.
+qint32 PageSize(qint32 vlSizeOnePage)
+{
+    const double ldSize = std::ldexp(1.0, vlSizeOnePage);
+    if (ldSize > std::numeric_limits<qint32>::max())
+        Err::Raise(VbError::Overflow, QStringLiteral("DownloadPages"));
+    return qint32(ldSize);
+}
+
 }
 
 void clsApplication::GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo)
@@ -105,9 +116,9 @@ void clsApplication::DownloadPages(clsError& rcError)
     msDisplayId = GetDallesID(rcError);
     while (mcRecords->Count() > 0)
         mcRecords->Remove(mcRecords->Count());
-    // An ID always ends in a point; an all-zero one is refused with or without it.
-    if (msDisplayId.isEmpty() || msDisplayId == QLatin1String("0.0.0.0.0.0.0.0") ||
-        msDisplayId == QLatin1String("0.0.0.0.0.0.0.0.")) {
+    // Compared as the display's ID text has always been compared. The ID
+    // read ends in a point, so an all-zero display passes this test and is read.
+    if (msDisplayId.isEmpty() || msDisplayId == QLatin1String("0.0.0.0.0.0.0.0")) {
         rcError.SetError(1, QStringLiteral("Invalid ID found"));
         return;
     }
@@ -120,7 +131,7 @@ void clsApplication::DownloadPages(clsError& rcError)
         Logger().AddToLog(QStringLiteral("First page found on ") + QString::number(lcInfo.FirstPage()));
         Logger().AddToLog(QStringLiteral("Last page found on ") + QString::number(lcInfo.LastPage()));
         Logger().AddToLog(QStringLiteral("Size of one page is ") + QString::number(lcInfo.SizeOnePage()));
-        llPageSize = qint32(std::pow(2.0, lcInfo.SizeOnePage()));
+        llPageSize = PageSize(lcInfo.SizeOnePage());
     }
     clsProgressBarInfo& lcBig = mcStatus.BigProgressBarInfo();
     lcBig.SetMin(lcInfo.FirstPage());

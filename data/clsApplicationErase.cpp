@@ -118,6 +118,6 @@ void clsApplication::ClearRitAndPoliceTableInformation()
     while (mcRecords->Count() > 0)
         mcRecords->Remove(mcRecords->Count());
     if (mcPlatform.MainWindow)
-        mcPlatform.MainWindow->ResetGrid();
+        mcPlatform.MainWindow->RecordsCleared();
     mbDataSaved = true;
 }

@@ -429,8 +429,11 @@ void clsApplication::CollectRoutes()
     rcBar.SetVisible(false);
 }
 
-// The grid gets every valid record that a ticked selection box belongs to;
-// the route column is filled while "Show route" is ticked.
+// The grid shows every valid record that a ticked selection box belongs to;
+// the route column is filled while "Show route" is ticked. The window reads
+// the rows itself; here their places are looked up, inside the operation, so
+// an overflow of the search is reported like any other run-time error and
+// the window only ever reads remembered place texts.
 // The window refills the grid with it alone too, so like the route step it
 // keeps its run-time errors in the error value.
 void clsApplication::ShowRecords(clsError& rcError)
@@ -443,14 +446,17 @@ void clsApplication::FillGrid()
     GpsPlaces();
     clsProgressBarInfo& rcBar = mcStatus.SmallProgressBarInfo();
     ShowBar(rcBar, 1, mcRecords->Count() + 1);
-    const QString lsTab = QStringLiteral("\t");
     for (qint32 i = 1; i <= mcRecords->Count(); ++i) {
-        clsHalvexRecord& rcRecord = mcRecords->Item(i);
-        if (mcSelection.Admits(rcRecord) && mcPlatform.MainWindow)
-            mcPlatform.MainWindow->AddGridRow(rcRecord.GetFullStringWithDelimiter(lsTab, mcSelection.cheShowRoute));
+        const clsHalvexRecord& rcRecord = mcRecords->Item(i);
+        if (mcSelection.Admits(rcRecord)) {
+            rcRecord.Origin(true);
+            rcRecord.Destination(true);
+        }
         rcBar.Increment();
     }
     rcBar.SetVisible(false);
     mcStatus.SetStatusString(QStringLiteral("Copied ") + QString::number(mcRecords->Count())
                              + QStringLiteral(" record(s) from KVT Memory Display"));
+    if (mcPlatform.MainWindow)
+        mcPlatform.MainWindow->RecordsChanged();
 }

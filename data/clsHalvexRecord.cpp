@@ -1,6 +1,7 @@
 #include "data/clsHalvexRecord.h"
 
 #include "data/clsGpsPlaces.h"
+#include "data/clsRecordColumns.h"
 
 #include <QLatin1String>
 #include <QStringList>
@@ -13,11 +14,6 @@ constexpr qint32 kEquator = 54000000;    // 90 degrees in 1/600000 degree
 constexpr qint32 kMeridian = 108000000;  // 180 degrees
 constexpr qint32 kDegree = 600000;
 constexpr qint32 kMinute = 10000;
-
-void AppendLatin1(QString& rsOut, const char* vcText)
-{
-    rsOut.append(QLatin1String(vcText));
-}
 
 // Decimal digits of a number padded with zeros to vlWidth; a negative number
 // keeps its sign in front of the padded digits ("-01").
@@ -38,35 +34,41 @@ void AppendNumber(QString& rsOut, qint64 vlValue, int vlWidth = 1)
     rsOut.append(QLatin1String(p, lcEnd - p));
 }
 
-void AppendClock(QString& rsOut, qint32 vlHours, qint32 vlMinutes, qint32 vlSeconds)
-{
-    AppendNumber(rsOut, vlHours, 2);
-    rsOut.append(QLatin1Char(':'));
-    AppendNumber(rsOut, vlMinutes, 2);
-    rsOut.append(QLatin1Char(':'));
-    AppendNumber(rsOut, vlSeconds, 2);
-}
-
-// A packed time of two bytes; both 255 is an erased field and shows nothing.
-void AppendPackedTime(QString& rsOut, quint8 vbyHigh, quint8 vbyLow)
-{
-    if (vbyHigh == 255 && vbyLow == 255)
-        return;
-    AppendClock(rsOut, vbyHigh / 8, (vbyHigh & 7) * 8 + vbyLow / 32, (vbyLow & 31) * 2);
-}
-
 // Leading decimal number of a column text; the columns hold plain integers.
 qint64 Val(const QString& vsText)
 {
     return vsText.toLongLong();
 }
 
-template <typename F>
-QString Column(F&& vAppend)
+QString Number(qint64 vlValue)
 {
     QString lsText;
-    vAppend(lsText);
+    AppendNumber(lsText, vlValue);
     return lsText;
+}
+
+QString Clock(qint32 vlHours, qint32 vlMinutes, qint32 vlSeconds)
+{
+    QString lsText;
+    AppendNumber(lsText, vlHours, 2);
+    lsText.append(QLatin1Char(':'));
+    AppendNumber(lsText, vlMinutes, 2);
+    lsText.append(QLatin1Char(':'));
+    AppendNumber(lsText, vlSeconds, 2);
+    return lsText;
+}
+
+// A packed time of two bytes; both 255 is an erased field and shows nothing.
+QString PackedTime(quint8 vbyHigh, quint8 vbyLow)
+{
+    if (vbyHigh == 255 && vbyLow == 255)
+        return QString();
+    return Clock(vbyHigh / 8, (vbyHigh & 7) * 8 + vbyLow / 32, (vbyLow & 31) * 2);
+}
+
+QString Unknown()
+{
+    return QStringLiteral("unknown");
 }
 }
 
@@ -139,7 +141,7 @@ bool clsHalvexRecord::isDisplayType() const
 
 // The display marks a field with bit 31; the mark is taken off in the stored
 // bytes on the first read, so every later read sees the cleared byte.
-qint32 clsHalvexRecord::Read32(int vlOffset)
+qint32 clsHalvexRecord::Read32(int vlOffset) const
 {
     quint8& rbyTop = mcData[size_t(vlOffset + 3)];
     if (rbyTop >= 128)
@@ -148,17 +150,17 @@ qint32 clsHalvexRecord::Read32(int vlOffset)
         + qint32(mcData[size_t(vlOffset + 1)]) * 256 + qint32(mcData[size_t(vlOffset)]);
 }
 
-qint32 clsHalvexRecord::lEndLatitude()
+qint32 clsHalvexRecord::lEndLatitude() const
 {
     return Read32(6);
 }
 
-qint32 clsHalvexRecord::lEndLongitude()
+qint32 clsHalvexRecord::lEndLongitude() const
 {
     return Read32(10);
 }
 
-qint32 clsHalvexRecord::lEndKmTeller()
+qint32 clsHalvexRecord::lEndKmTeller() const
 {
     return mbIsValidKmStand ? Read32(18) : 0;
 }
@@ -178,44 +180,38 @@ bool clsHalvexRecord::EndKmIsBlank() const
 
 QString clsHalvexRecord::RitNumber() const
 {
-    return QString::number(mlRitnummer);
+    return Number(mlRitnummer);
 }
 
-void clsHalvexRecord::AppendDateOfTrip(QString& rsOut) const
+QString clsHalvexRecord::DateOfTrip() const
 {
-    if (!mbValidGps) {
-        AppendLatin1(rsOut, "unknown");
-        return;
-    }
-    AppendNumber(rsOut, mcData[4] & 31);
-    rsOut.append(QLatin1Char('-'));
-    AppendNumber(rsOut, (mcData[5] % 2) * 8 + mcData[4] / 32);
-    rsOut.append(QLatin1Char('-'));
-    AppendNumber(rsOut, mcData[5] / 2 + 2000);
+    if (!mbValidGps)
+        return Unknown();
+    QString lsText;
+    AppendNumber(lsText, mcData[4] & 31);
+    lsText.append(QLatin1Char('-'));
+    AppendNumber(lsText, (mcData[5] % 2) * 8 + mcData[4] / 32);
+    lsText.append(QLatin1Char('-'));
+    AppendNumber(lsText, mcData[5] / 2 + 2000);
+    return lsText;
 }
 
-void clsHalvexRecord::AppendStartTime(QString& rsOut) const
+QString clsHalvexRecord::StartTime() const
 {
     if (!isRitRegType())
-        return;
-    if (!mbValidGps)
-        AppendLatin1(rsOut, "unknown");
-    else
-        AppendPackedTime(rsOut, mcData[1], mcData[0]);
+        return QString();
+    return mbValidGps ? PackedTime(mcData[1], mcData[0]) : Unknown();
 }
 
-void clsHalvexRecord::AppendStopTime(QString& rsOut) const
+QString clsHalvexRecord::StopTime() const
 {
-    if (!mbValidGps)
-        AppendLatin1(rsOut, "unknown");
-    else
-        AppendPackedTime(rsOut, mcData[3], mcData[2]);
+    return mbValidGps ? PackedTime(mcData[3], mcData[2]) : Unknown();
 }
 
 // Hours wrap once past midnight; then seconds and minutes borrow in that
 // order. A stop a little before the start within the same hour therefore
 // shows a negative hour (-01:50:00); kept, the exports have always shown it so.
-void clsHalvexRecord::AppendDriveTime(QString& rsOut) const
+QString clsHalvexRecord::DriveTime() const
 {
     const bool lbStartShown = isRitRegType() && !(mcData[0] == 255 && mcData[1] == 255);
     const bool lbStopShown = !(mcData[2] == 255 && mcData[3] == 255);
@@ -245,34 +241,37 @@ void clsHalvexRecord::AppendDriveTime(QString& rsOut) const
             m += 60;
             h -= 1;
         }
-        AppendClock(rsOut, h, m, s);
-        return;
+        return Clock(h, m, s);
     }
     // Without a fix the display stores a ready drive time in bytes 0-1 and marks bytes 2-3.
     if (!mbValidGps && mcData[2] == 0 && mcData[3] == 248)
-        AppendPackedTime(rsOut, mcData[1], mcData[0]);
+        return PackedTime(mcData[1], mcData[0]);
+    return QString();
 }
 
-void clsHalvexRecord::AppendStartKm(QString& rsOut)
+QString clsHalvexRecord::sStartKm() const
 {
     if (!mbIsValidKmStand || isRitRegType())
-        AppendNumber(rsOut, mlStartKmTeller);
+        return Number(mlStartKmTeller);
+    return QString();
 }
 
-void clsHalvexRecord::AppendEndKm(QString& rsOut)
+QString clsHalvexRecord::sEndKm() const
 {
     if (mbIsValidKmStand && HasKmCounter() && !EndKmIsBlank())
-        AppendNumber(rsOut, Read32(18));
+        return Number(Read32(18));
+    return QString();
 }
 
 // The start km shows only on a trip, the end km only when not erased.
-void clsHalvexRecord::AppendDriveKm(QString& rsOut)
+QString clsHalvexRecord::DriveKm() const
 {
     if (mbIsValidKmStand && isRitRegType() && !EndKmIsBlank())
-        AppendNumber(rsOut, qint64(Read32(18)) - mlStartKmTeller);
+        return Number(qint64(Read32(18)) - mlStartKmTeller);
+    return QString();
 }
 
-QString clsHalvexRecord::Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude)
+QString clsHalvexRecord::Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude) const
 {
     if (!mcTexts)
         mcTexts = std::make_unique<Texts>();
@@ -286,157 +285,46 @@ QString clsHalvexRecord::Place(QString Texts::*vmCache, qint32 vlLatitude, qint3
     return rsCache;
 }
 
-void clsHalvexRecord::AppendOrigin(QString& rsOut, bool vbZipCode)
-{
-    if (!mbValidGps) {
-        AppendLatin1(rsOut, "unknown");
-    } else if (vbZipCode) {
-        rsOut += Place(&Texts::originPlace, mlStartLatitude, mlStartLongitude);
-    } else {
-        AppendLatitude(rsOut, 0, mlStartLatitude);
-        rsOut.append(QLatin1Char(' '));
-        AppendLongitude(rsOut, 0, mlStartLongitude);
-    }
-}
-
-void clsHalvexRecord::AppendDestination(QString& rsOut, bool vbZipCode)
-{
-    if (!mbValidGps) {
-        AppendLatin1(rsOut, "unknown");
-        return;
-    }
-    const qint32 llLatitude = lEndLatitude();
-    const qint32 llLongitude = lEndLongitude();
-    if (vbZipCode) {
-        rsOut += Place(&Texts::destinationPlace, llLatitude, llLongitude);
-    } else {
-        AppendLatitude(rsOut, 0, llLatitude);
-        rsOut.append(QLatin1Char(' '));
-        AppendLongitude(rsOut, 0, llLongitude);
-    }
-}
-
-void clsHalvexRecord::AppendTypeOfTrip(QString& rsOut) const
-{
-    static const char* const kTexts[] = {"Private", "Business", "Commute", "Gasstop"};
-    const quint8 lbyType = mcData[14];
-    AppendLatin1(rsOut, lbyType >= 1 && lbyType <= 4 ? kTexts[lbyType - 1] : "Unknown trip");
-}
-
-void clsHalvexRecord::AppendSpeed(QString& rsOut) const
+QString clsHalvexRecord::Origin(bool vbZipCode) const
 {
     if (!mbValidGps)
-        AppendLatin1(rsOut, "unknown");
-    else if (IsType(3, 5))
-        AppendNumber(rsOut, mcData[16]);
+        return Unknown();
+    if (vbZipCode)
+        return Place(&Texts::originPlace, mlStartLatitude, mlStartLongitude);
+    return Latitude_to_String(0, mlStartLatitude) + QLatin1Char(' ') + Longitude_to_String(0, mlStartLongitude);
 }
 
-void clsHalvexRecord::AppendTypeOfAlarm(QString& rsOut) const
-{
-    // "Traject Contol" is the text the users' exports have always carried.
-    static const char* const kTexts[] = {"Route Logging", "PoliceCheck", "SpotAlarm", "Traject Contol",
-                                         "route",         "tankstop",    "km correctie"};
-    if (IsType(2, 8)) {
-        AppendLatin1(rsOut, kTexts[RecordType() - 2]);
-        return;
-    }
-    AppendLatin1(rsOut, "Unknown alarm code ");
-    AppendNumber(rsOut, RecordType());
-}
-
-void clsHalvexRecord::AppendAmplitude(QString& rsOut) const
-{
-    if (isPoliceCheckRadarType())
-        AppendNumber(rsOut, mcData[21]);
-}
-
-void clsHalvexRecord::AppendFrequencyBand(QString& rsOut) const
-{
-    if (!isPoliceCheckRadarType())
-        return;
-    const qint32 llOffset = mcData[19] * 256 + mcData[18];
-    const quint8 lbyBand = mcData[20];
-    if (lbyBand > 1) {
-        AppendLatin1(rsOut, "Unknown Frequency Band Selection ");
-        AppendNumber(rsOut, lbyBand);
-        return;
-    }
-    AppendNumber(rsOut, (lbyBand == 0 ? 24000 : 34160) + llOffset);
-    AppendLatin1(rsOut, " MHz");
-}
-
-void clsHalvexRecord::AppendTankBonNummer(QString& rsOut) const
-{
-    if (HasKmCounter())
-        AppendNumber(rsOut, mcData[23] * 256 + mcData[22]);
-}
-
-void clsHalvexRecord::AppendDirection(QString& rsOut) const
+QString clsHalvexRecord::Destination(bool vbZipCode) const
 {
     if (!mbValidGps)
-        AppendLatin1(rsOut, "unknown");
-    else
-        AppendNumber(rsOut, (mcData[15] * 2) % 360);
-}
-
-QString clsHalvexRecord::DateOfTrip() const
-{
-    return Column([this](QString& s) { AppendDateOfTrip(s); });
-}
-
-QString clsHalvexRecord::StartTime() const
-{
-    return Column([this](QString& s) { AppendStartTime(s); });
-}
-
-QString clsHalvexRecord::StopTime() const
-{
-    return Column([this](QString& s) { AppendStopTime(s); });
-}
-
-QString clsHalvexRecord::DriveTime() const
-{
-    return Column([this](QString& s) { AppendDriveTime(s); });
-}
-
-QString clsHalvexRecord::sStartKm()
-{
-    return Column([this](QString& s) { AppendStartKm(s); });
-}
-
-QString clsHalvexRecord::sEndKm()
-{
-    return Column([this](QString& s) { AppendEndKm(s); });
-}
-
-QString clsHalvexRecord::DriveKm()
-{
-    return Column([this](QString& s) { AppendDriveKm(s); });
-}
-
-QString clsHalvexRecord::Origin(bool vbZipCode)
-{
-    return Column([this, vbZipCode](QString& s) { AppendOrigin(s, vbZipCode); });
-}
-
-QString clsHalvexRecord::Destination(bool vbZipCode)
-{
-    return Column([this, vbZipCode](QString& s) { AppendDestination(s, vbZipCode); });
+        return Unknown();
+    if (vbZipCode)
+        return Place(&Texts::destinationPlace, lEndLatitude(), lEndLongitude());
+    return GPSLocation();
 }
 
 QString clsHalvexRecord::TypeOfTrip() const
 {
-    return Column([this](QString& s) { AppendTypeOfTrip(s); });
+    static const char* const kTexts[] = {"Private", "Business", "Commute", "Gasstop"};
+    const quint8 lbyType = mcData[14];
+    return QLatin1String(lbyType >= 1 && lbyType <= 4 ? kTexts[lbyType - 1] : "Unknown trip");
 }
 
 QString clsHalvexRecord::Speed() const
 {
-    return Column([this](QString& s) { AppendSpeed(s); });
+    if (!mbValidGps)
+        return Unknown();
+    return IsType(3, 5) ? Number(mcData[16]) : QString();
 }
 
 QString clsHalvexRecord::TypeOfAlarm() const
 {
-    return Column([this](QString& s) { AppendTypeOfAlarm(s); });
+    // "Traject Contol" is the text the users' exports have always carried.
+    static const char* const kTexts[] = {"Route Logging", "PoliceCheck", "SpotAlarm", "Traject Contol",
+                                         "route",         "tankstop",    "km correctie"};
+    if (IsType(2, 8))
+        return QLatin1String(kTexts[RecordType() - 2]);
+    return QStringLiteral("Unknown alarm code ") + Number(RecordType());
 }
 
 QString clsHalvexRecord::Description() const
@@ -448,17 +336,23 @@ QString clsHalvexRecord::Description() const
 
 QString clsHalvexRecord::Amplitude() const
 {
-    return Column([this](QString& s) { AppendAmplitude(s); });
+    return isPoliceCheckRadarType() ? Number(mcData[21]) : QString();
 }
 
 QString clsHalvexRecord::FrequencyBand() const
 {
-    return Column([this](QString& s) { AppendFrequencyBand(s); });
+    if (!isPoliceCheckRadarType())
+        return QString();
+    const qint32 llOffset = mcData[19] * 256 + mcData[18];
+    const quint8 lbyBand = mcData[20];
+    if (lbyBand > 1)
+        return QStringLiteral("Unknown Frequency Band Selection ") + Number(lbyBand);
+    return Number((lbyBand == 0 ? 24000 : 34160) + llOffset) + QStringLiteral(" MHz");
 }
 
 QString clsHalvexRecord::TankBonNummer() const
 {
-    return Column([this](QString& s) { AppendTankBonNummer(s); });
+    return HasKmCounter() ? Number(mcData[23] * 256 + mcData[22]) : QString();
 }
 
 // A km-correction record keeps the counter from before the correction in the
@@ -467,94 +361,75 @@ QString clsHalvexRecord::PreviousKM() const
 {
     if (!isKmCorrectieType())
         return QString();
-    return QString::number(qint32(mcData[16] & 127) * 16777216 + qint32(mcData[15]) * 65536
-                           + qint32(mcData[1]) * 256 + qint32(mcData[0]));
+    return Number(qint32(mcData[16] & 127) * 16777216 + qint32(mcData[15]) * 65536 + qint32(mcData[1]) * 256
+                  + qint32(mcData[0]));
 }
 
-QString clsHalvexRecord::correctionKM()
+QString clsHalvexRecord::correctionKM() const
 {
     const QString lsPrevious = PreviousKM();
     if (lsPrevious.isEmpty())
         return QString();
-    return QString::number(qint32(Val(lsPrevious) - Val(sEndKm())));
+    return Number(qint32(Val(lsPrevious) - Val(sEndKm())));
 }
 
 QString clsHalvexRecord::Direction() const
 {
-    return Column([this](QString& s) { AppendDirection(s); });
+    return mbValidGps ? Number((mcData[15] * 2) % 360) : Unknown();
 }
 
-QString clsHalvexRecord::GPSLocation()
+QString clsHalvexRecord::GPSLocation() const
+{
+    const qint32 llLatitude = lEndLatitude();
+    return Latitude_to_String(0, llLatitude) + QLatin1Char(' ') + Longitude_to_String(0, lEndLongitude());
+}
+
+namespace {
+// One coordinate as text. Modes: 0 full text (N,52,21.4567), 1 hemisphere
+// letter, 2 degrees, 3 minutes, 4 fraction of a minute, 5 full text without
+// the letter.
+QString Coordinate(qint16 vlMode, QLatin1Char vcHemisphere, qint32 v, int vlDegreeDigits)
 {
     QString lsText;
-    AppendLatitude(lsText, 0, lEndLatitude());
-    lsText.append(QLatin1Char(' '));
-    AppendLongitude(lsText, 0, lEndLongitude());
+    if (vlMode == 0 || vlMode == 1)
+        lsText.append(vcHemisphere);
+    if (vlMode == 0 || vlMode == 2 || vlMode == 5) {
+        lsText.append(QLatin1Char(','));
+        AppendNumber(lsText, v / kDegree, vlDegreeDigits);
+    }
+    v %= kDegree;
+    if (vlMode == 0 || vlMode == 3 || vlMode == 5) {
+        lsText.append(QLatin1Char(','));
+        AppendNumber(lsText, v / kMinute, 2);
+    }
+    if (vlMode == 0 || vlMode == 5)
+        lsText.append(QLatin1Char('.'));
+    v %= kMinute;
+    if (vlMode == 0 || vlMode == 4 || vlMode == 5)
+        AppendNumber(lsText, v, 4);
     return lsText;
 }
+}
 
-// Modes: 0 full text (N,52,21.4567), 1 hemisphere letter, 2 degrees,
-// 3 minutes, 4 fraction of a minute, 5 full text without the letter.
 // The equator value itself counts as south.
-void clsHalvexRecord::AppendLatitude(QString& rsOut, qint16 vlMode, qint32 vlValue)
-{
-    const bool lbNorth = vlValue > kEquator;
-    qint32 v = lbNorth ? vlValue % kEquator : kEquator - vlValue % kEquator;
-    if (vlMode == 0 || vlMode == 1)
-        rsOut.append(QLatin1Char(lbNorth ? 'N' : 'S'));
-    if (vlMode == 0 || vlMode == 2 || vlMode == 5) {
-        rsOut.append(QLatin1Char(','));
-        AppendNumber(rsOut, v / kDegree, 2);
-    }
-    v %= kDegree;
-    if (vlMode == 0 || vlMode == 3 || vlMode == 5) {
-        rsOut.append(QLatin1Char(','));
-        AppendNumber(rsOut, v / kMinute, 2);
-    }
-    if (vlMode == 0 || vlMode == 5)
-        rsOut.append(QLatin1Char('.'));
-    v %= kMinute;
-    if (vlMode == 0 || vlMode == 4 || vlMode == 5)
-        AppendNumber(rsOut, v, 4);
-}
-
-// As the latitude, with three digits of degrees; only the span from 180 up to
-// (not including) 360 encoded degrees is east.
-void clsHalvexRecord::AppendLongitude(QString& rsOut, qint16 vlMode, qint32 vlValue)
-{
-    const bool lbEast = vlValue / kMeridian == 1;
-    qint32 v = lbEast ? vlValue % kMeridian : kMeridian - vlValue % kMeridian;
-    if (vlMode == 0 || vlMode == 1)
-        rsOut.append(QLatin1Char(lbEast ? 'E' : 'W'));
-    if (vlMode == 0 || vlMode == 2 || vlMode == 5) {
-        rsOut.append(QLatin1Char(','));
-        AppendNumber(rsOut, v / kDegree, 3);
-    }
-    v %= kDegree;
-    if (vlMode == 0 || vlMode == 3 || vlMode == 5) {
-        rsOut.append(QLatin1Char(','));
-        AppendNumber(rsOut, v / kMinute, 2);
-    }
-    if (vlMode == 0 || vlMode == 5)
-        rsOut.append(QLatin1Char('.'));
-    v %= kMinute;
-    if (vlMode == 0 || vlMode == 4 || vlMode == 5)
-        AppendNumber(rsOut, v, 4);
-}
-
 QString clsHalvexRecord::Latitude_to_String(qint16 vlMode, qint32 vlValue)
 {
-    return Column([&](QString& s) { AppendLatitude(s, vlMode, vlValue); });
+    const bool lbNorth = vlValue > kEquator;
+    return Coordinate(vlMode, QLatin1Char(lbNorth ? 'N' : 'S'),
+                      lbNorth ? vlValue % kEquator : kEquator - vlValue % kEquator, 2);
 }
 
+// Only the span from 180 up to (not including) 360 encoded degrees is east.
 QString clsHalvexRecord::Longitude_to_String(qint16 vlMode, qint32 vlValue)
 {
-    return Column([&](QString& s) { AppendLongitude(s, vlMode, vlValue); });
+    const bool lbEast = vlValue / kMeridian == 1;
+    return Coordinate(vlMode, QLatin1Char(lbEast ? 'E' : 'W'),
+                      lbEast ? vlValue % kMeridian : kMeridian - vlValue % kMeridian, 3);
 }
 
 // A tank stop logged without a fix takes the position, date and times of the
 // record it is given; its own trip type and km data stay.
-void clsHalvexRecord::copyToTankstopRecord(clsHalvexRecord& rcSource)
+void clsHalvexRecord::copyToTankstopRecord(const clsHalvexRecord& rcSource)
 {
     if (!rcSource.mbValidGps)
         return;
@@ -568,66 +443,24 @@ void clsHalvexRecord::copyToTankstopRecord(clsHalvexRecord& rcSource)
 
 QString clsHalvexRecord::GetHeaderStringWithDelimiter(const QString& vsDelimiter)
 {
-    static const QStringList kTitles = {
-        QStringLiteral("#"),           QStringLiteral("Ritnumber"),      QStringLiteral("Date"),
-        QStringLiteral("Start Time"),  QStringLiteral("Stop Time"),      QStringLiteral("Drive Time"),
-        QStringLiteral("Start km"),    QStringLiteral("End km"),         QStringLiteral("Driven km"),
-        QStringLiteral("Zip code"),    QStringLiteral("Zip code"),       QStringLiteral("Origin"),
-        QStringLiteral("Destination"), QStringLiteral("Type of trip"),   QStringLiteral("Direction"),
-        QStringLiteral("Speed"),       QStringLiteral("Event"),          QStringLiteral("Amplitude"),
-        QStringLiteral("Frequency"),   QStringLiteral("Tank receipt number"), QStringLiteral("Route"),
-    };
-    return kTitles.join(vsDelimiter);
+    QStringList lcTitles;
+    for (const clsRecordColumn& rcColumn : RecordColumns())
+        lcTitles << rcColumn.Title;
+    return lcTitles.join(vsDelimiter);
 }
 
-// The two "Zip code" columns carry the place names, "Origin" and
-// "Destination" the coordinates. Every column is followed by the delimiter.
-QString clsHalvexRecord::GetFullStringWithDelimiter(const QString& vsDelimiter, bool vbWithRoute)
+// Every column but the route is followed by the delimiter, so a line without
+// the route ends with one.
+QString clsHalvexRecord::GetFullStringWithDelimiter(const QString& vsDelimiter, bool vbWithRoute) const
 {
-    QString s;
-    s.reserve(256);
-    const auto lcNext = [&]() { s += vsDelimiter; };
-    AppendNumber(s, mlRecordNummer);
-    lcNext();
-    AppendNumber(s, mlRitnummer);
-    lcNext();
-    AppendDateOfTrip(s);
-    lcNext();
-    AppendStartTime(s);
-    lcNext();
-    AppendStopTime(s);
-    lcNext();
-    AppendDriveTime(s);
-    lcNext();
-    AppendStartKm(s);
-    lcNext();
-    AppendEndKm(s);
-    lcNext();
-    AppendDriveKm(s);
-    lcNext();
-    AppendOrigin(s, true);
-    lcNext();
-    AppendDestination(s, true);
-    lcNext();
-    AppendOrigin(s, false);
-    lcNext();
-    AppendDestination(s, false);
-    lcNext();
-    AppendTypeOfTrip(s);
-    lcNext();
-    AppendDirection(s);
-    lcNext();
-    AppendSpeed(s);
-    lcNext();
-    AppendTypeOfAlarm(s);
-    lcNext();
-    AppendAmplitude(s);
-    lcNext();
-    AppendFrequencyBand(s);
-    lcNext();
-    AppendTankBonNummer(s);
-    lcNext();
-    if (vbWithRoute && mcTexts)
-        s += mcTexts->route;
-    return s;
+    const std::vector<clsRecordColumn>& rcColumns = RecordColumns();
+    QString lsLine;
+    lsLine.reserve(256);
+    for (size_t i = 0; i + 1 < rcColumns.size(); ++i) {
+        lsLine += rcColumns[i].Text(*this);
+        lsLine += vsDelimiter;
+    }
+    if (vbWithRoute)
+        lsLine += rcColumns.back().Text(*this);
+    return lsLine;
 }

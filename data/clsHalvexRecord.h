@@ -45,9 +45,9 @@ public:
     bool isSaveToFile() const { return isDisplayType(); }
 
     // 32-bit fields; reading clears a set bit 31 in the stored bytes.
-    qint32 lEndLatitude();
-    qint32 lEndLongitude();
-    qint32 lEndKmTeller();
+    qint32 lEndLatitude() const;
+    qint32 lEndLongitude() const;
+    qint32 lEndKmTeller() const;
     void SetlEndKmTeller(qint32 vlValue);
     // Whether sEndKm shows a number, without making its text.
     bool HasEndKm() const { return mbIsValidKmStand && HasKmCounter() && !EndKmIsBlank(); }
@@ -64,17 +64,17 @@ public:
     qint32 mlStartLatitude = 0;
     qint32 mlStartLongitude = 0;
 
-    // Text columns.
+    // Text columns; the column table (clsRecordColumns) puts them in order.
     QString RitNumber() const;
     QString DateOfTrip() const;
     QString StartTime() const;
     QString StopTime() const;
     QString DriveTime() const;
-    QString sStartKm();
-    QString sEndKm();
-    QString DriveKm();
-    QString Origin(bool vbZipCode);
-    QString Destination(bool vbZipCode);
+    QString sStartKm() const;
+    QString sEndKm() const;
+    QString DriveKm() const;
+    QString Origin(bool vbZipCode) const;
+    QString Destination(bool vbZipCode) const;
     QString TypeOfTrip() const;
     QString Speed() const;
     QString TypeOfAlarm() const;
@@ -83,18 +83,18 @@ public:
     QString FrequencyBand() const;
     QString TankBonNummer() const;
     QString PreviousKM() const;
-    QString correctionKM();
+    QString correctionKM() const;
     QString Direction() const;
-    QString GPSLocation();
+    QString GPSLocation() const;
 
     static QString Latitude_to_String(qint16 vlMode, qint32 vlValue);
     static QString Longitude_to_String(qint16 vlMode, qint32 vlValue);
 
-    void copyToTankstopRecord(clsHalvexRecord& rcSource);
+    void copyToTankstopRecord(const clsHalvexRecord& rcSource);
 
     static QString GetHeaderStringWithDelimiter(const QString& vsDelimiter);
-    QString GetFullStringWithDelimiter(const QString& vsDelimiter, bool vbWithRoute);
-    QString GetFullStringWithDelimiterToFile(const QString& vsDelimiter)
+    QString GetFullStringWithDelimiter(const QString& vsDelimiter, bool vbWithRoute) const;
+    QString GetFullStringWithDelimiterToFile(const QString& vsDelimiter) const
     {
         return GetFullStringWithDelimiter(vsDelimiter, true);
     }
@@ -112,39 +112,21 @@ private:
         QString destinationPlace;
     };
 
-    qint32 Read32(int vlOffset);
+    qint32 Read32(int vlOffset) const;
     bool IsType(int vlLow, int vlHigh) const { return RecordType() >= vlLow && RecordType() <= vlHigh; }
     bool HasKmCounter() const { return isRitRegType() || IsType(6, 8); }
     bool EndKmIsBlank() const;
-    QString Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude);
+    QString Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude) const;
 
-    // Each column writes itself into a line being built, so a line of 21
-    // columns costs one string instead of one per column.
-    void AppendDateOfTrip(QString& rsOut) const;
-    void AppendStartTime(QString& rsOut) const;
-    void AppendStopTime(QString& rsOut) const;
-    void AppendDriveTime(QString& rsOut) const;
-    void AppendStartKm(QString& rsOut);
-    void AppendEndKm(QString& rsOut);
-    void AppendDriveKm(QString& rsOut);
-    void AppendOrigin(QString& rsOut, bool vbZipCode);
-    void AppendDestination(QString& rsOut, bool vbZipCode);
-    void AppendTypeOfTrip(QString& rsOut) const;
-    void AppendSpeed(QString& rsOut) const;
-    void AppendTypeOfAlarm(QString& rsOut) const;
-    void AppendAmplitude(QString& rsOut) const;
-    void AppendFrequencyBand(QString& rsOut) const;
-    void AppendTankBonNummer(QString& rsOut) const;
-    void AppendDirection(QString& rsOut) const;
-    static void AppendLatitude(QString& rsOut, qint16 vlMode, qint32 vlValue);
-    static void AppendLongitude(QString& rsOut, qint16 vlMode, qint32 vlValue);
-
-    Bytes mcData{};
+    // Reading a flagged field clears its flag bit in place, and the place
+    // columns remember their lookup (in mcTexts); neither changes a text
+    // column, so the text columns can be read from a const record.
+    mutable Bytes mcData{};
     bool mbIsValid = false;
     bool mbValidGps = false;
     bool mbIsValidKmStand = false;
     qint32 mlRecordNummer = 0;
     qint32 mlRitnummer = 0;
     qint32 mlStartKmTeller = 0;
-    std::unique_ptr<Texts> mcTexts;
+    mutable std::unique_ptr<Texts> mcTexts;
 };

@@ -87,7 +87,10 @@ bool clsApplication::AutoDetectionRunning() const
 }
 
 // Opens the port on first use; a port that cannot be opened or written shows
-// up as time-outs, and so as the retry dialogue.
+// up as time-outs, and so as the retry dialogue. The codec calls this from
+// wherever a frame goes out, Qt's signals among them: it never throws, since
+// the port's error handler keeps a failure to log its trouble pending for the
+// running operation's error value (AttachCodec).
 bool clsApplication::SendString(const QByteArray& vcData)
 {
     ISerialPort* lcPort = mcPlatform.Port;

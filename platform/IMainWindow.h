@@ -32,11 +32,19 @@ public:
     virtual void EnableButtons(bool vbEnabled) = 0;
     virtual void EnableMenu(bool vbEnabled) = 0;
 
-    // The record grid: header row, then one tab-separated row per record.
+    // The record grid shows the header of the column table (clsRecordColumns)
+    // and, as rows, the valid records of the application's record list that
+    // its selection admits (clsRecordSelection::Admits), each once, in record
+    // order; a window reads them when it draws, the core pushes no strings.
+    // Cut down to the header row until the next RecordsChanged; every
+    // operation starts with it.
     virtual void ClearGrid() = 0;
-    virtual void AddGridRow(const QString& vsTabbedRow) = 0;
-    // After the table was cleared: the header row and eleven blank rows.
-    virtual void ResetGrid() = 0;
+    // The record list or the selection changed: read the rows again. The
+    // place columns of the shown rows have been looked up by then, so reading
+    // a row never searches the place table and cannot fail.
+    virtual void RecordsChanged() = 0;
+    // The table was cleared: the header row and blank rows.
+    virtual void RecordsCleared() = 0;
     virtual void AutoSizeTheColumns() = 0;
 
     // The upload file text boxes, keyed by the file type's index.

@@ -205,7 +205,8 @@ bool clsSimDisplay::Answer(const Request& vcRequest, quint8& rbyFunc, QByteArray
         return true;
     }
     case 0x36:
-        rcArguments.append(char(mlFirstPage)).append(char(mlLastPage)).append(char(mlSizeOnePage));
+        rcArguments.append(char(mlFirstPage)).append(char(mlLastPage));
+        rcArguments.append(char(mcFaults.ReportedSizeOnePage >= 0 ? mcFaults.ReportedSizeOnePage : mlSizeOnePage));
         rcArguments.append(char(mlMaxDataOneMessage));
         return true;
     case 0x38: {

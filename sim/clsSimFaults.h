@@ -40,6 +40,9 @@ struct clsSimFaults {
     QMap<qint32, int> ReadStatusOfPart;
     QMap<int, int> ReadStatusOfPage;
     double BadReadRate = 0;
+    // A memory map that reports this page-size exponent instead of the flash's
+    // own (-1: the truth), for sizes no flash in memory could have.
+    int ReportedSizeOnePage = -1;
     // Pages whose erase the display refuses (answer 0).
     QMap<int, bool> EraseRefused;
     // A zero checksum goes out without the 0x01 that keeps the host's receiver in step.

@@ -129,7 +129,7 @@ private slots:
         r.app().SetDataSaved(false);
         r.app().ClearRitAndPoliceTableInformation();
         QVERIFY(r.app().DataSaved());
-        QCOMPARE(r.t.window.calls, QStringList{"ResetGrid"});
+        QCOMPARE(r.t.window.calls, QStringList{"RecordsCleared"});
         QVERIFY(r.display.Requests().isEmpty());
     }
 };

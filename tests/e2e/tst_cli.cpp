@@ -2,6 +2,7 @@
 // on a pseudo-terminal through the real serial code, in real time.
 
 #include "TestFiles.h"
+#include "platform/Cp1252.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -100,6 +101,8 @@ private slots:
     void badUsage();
     void downloadWritesTheGoldenFile();
     void decodeOfSavedPagesGivesTheSameFile();
+    void decodeOfPagesSmallerThanARecord_data();
+    void decodeOfPagesSmallerThanARecord();
     void erase_data();
     void erase();
     void silentDisplayIsCancelledUnderNo();
@@ -130,6 +133,7 @@ void tst_Cli::badUsage_data()
                                                << "-o does not go with erase";
     QTest::newRow("decode without geometry") << QStringList{"decode", "."} << 2 << "needs --geometry";
     QTest::newRow("bad geometry") << QStringList{"decode", "--geometry", "3,1,8", "."} << 2 << "\"3,1,8\"";
+    QTest::newRow("page beyond 32 bits") << QStringList{"decode", "--geometry", "0,1,31", "."} << 2 << "\"0,1,31\"";
     QTest::newRow("yes and no") << QStringList{"id", "--yes", "--no"} << 2 << "exclude each other";
     QTest::newRow("unknown kind") << QStringList{"download", "--show", "route,trains"} << 2 << "\"trains\"";
     QTest::newRow("missing value") << QStringList{"download", "--port"} << 2 << "--port needs a value";
@@ -182,11 +186,39 @@ void tst_Cli::decodeOfSavedPagesGivesTheSameFile()
     const QMap<QString, QByteArray> lcBefore = Snapshot(lsPages);
     const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
 
-    const clsRun lcRun = Corvane({"decode", "--geometry", "0,7,10", "-o", lsTrips, lsPages});
+    const clsRun lcRun = Corvane({"decode", "--geometry", "0,7,10", "-o", lsTrips, "--print", lsPages});
 
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
     QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
     QCOMPARE(Snapshot(lsPages), lcBefore);
+    // --print: the header, then the saved lines without their route (the
+    // default selection shows the kinds that are saved; "Show route" is off).
+    QStringList lcExpected{QStringLiteral("#\tRitnumber\tDate\tStart Time\tStop Time\tDrive Time\tStart km\tEnd km\t"
+                                          "Driven km\tZip code\tZip code\tOrigin\tDestination\tType of trip\t"
+                                          "Direction\tSpeed\tEvent\tAmplitude\tFrequency\tTank receipt number\tRoute")};
+    for (const QString& lsLine : Cp1252::Decode(ReadAll(lsTrips)).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts))
+        lcExpected << lsLine.left(lsLine.lastIndexOf(QLatin1Char('\t')) + 1);
+    QCOMPARE(lcRun.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts), lcExpected);
+}
+
+// Every page size a display can report decodes; a page smaller than a
+// record holds none, and its file is read all the same.
+void tst_Cli::decodeOfPagesSmallerThanARecord_data()
+{
+    QTest::addColumn<QString>("sizeLog2");
+    QTest::newRow("1 byte") << "0";
+    QTest::newRow("16 bytes") << "4";
+}
+
+void tst_Cli::decodeOfPagesSmallerThanARecord()
+{
+    QFETCH(QString, sizeLog2);
+    QTemporaryDir lcDir;
+    WritePageFile(lcDir.filePath(QStringLiteral("Page1.DSW")), ReadAll(kGolden + "flash.img").mid(kPageSize, 16));
+    const clsRun lcRun = Corvane({"decode", "--geometry", "0,1," + sizeLog2, "--print", lcDir.path()});
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QVERIFY2(lcRun.err.contains(QStringLiteral("Copied 0 record(s) from KVT Memory Display")), qPrintable(lcRun.err));
+    QCOMPARE(lcRun.out.count(QLatin1Char('\n')), 1);
 }
 
 void tst_Cli::erase_data()
@@ -275,4 +307,5 @@ void tst_Cli::simulatedDisplayRemembersThePort()
 
 QTEST_GUILESS_MAIN(tst_Cli)
 #include "TestFiles.h"
+#include "platform/Cp1252.h"
 #include "tst_cli.moc"

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "app/clsApplication.h"
+#include "data/clsHalvexRecord.h"
+#include "data/clsRecordCollection.h"
 #include "platform/IMainWindow.h"
 
 #include <QMap>
@@ -33,8 +36,20 @@ public:
     void EnableButtons(bool vbEnabled) override { calls << QStringLiteral("EnableButtons(%1)").arg(vbEnabled); }
     void EnableMenu(bool vbEnabled) override { calls << QStringLiteral("EnableMenu(%1)").arg(vbEnabled); }
     void ClearGrid() override { calls << QStringLiteral("ClearGrid"); gridRows.clear(); }
-    void AddGridRow(const QString& vsTabbedRow) override { gridRows << vsTabbedRow; }
-    void ResetGrid() override { calls << QStringLiteral("ResetGrid"); gridRows.clear(); }
+    // The rows a window reads at this moment, as it would draw them.
+    void RecordsChanged() override
+    {
+        calls << QStringLiteral("RecordsChanged");
+        gridRows.clear();
+        clsApplication& rcApp = *clsApplication::Instance();
+        const clsRecordSelection& rcSelection = rcApp.Selection();
+        for (int i = 1; i <= rcApp.Records().Count(); ++i) {
+            const clsHalvexRecord& rcRecord = rcApp.Records().Item(i);
+            if (rcSelection.Admits(rcRecord))
+                gridRows << rcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), rcSelection.cheShowRoute);
+        }
+    }
+    void RecordsCleared() override { calls << QStringLiteral("RecordsCleared"); gridRows.clear(); }
     void AutoSizeTheColumns() override { calls << QStringLiteral("AutoSizeTheColumns"); }
     QString UploadFileText(int vlIndex) const override { return uploadFiles.value(vlIndex); }
     void SetUploadFileText(int vlIndex, const QString& vsFileName) override { uploadFiles[vlIndex] = vsFileName; }
