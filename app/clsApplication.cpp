@@ -6,8 +6,10 @@
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 #include "link/clsHalvexMsg.h"
+#include "platform/Err.h"
 #include "platform/IEventLoop.h"
 #include "platform/IMainWindow.h"
+#include "platform/IUserDialogs.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,6 +27,7 @@ clsApplication::clsApplication(const clsPlatform& vcPlatform)
 {
     gcApplication = this;
     clsDTimer::UseEventLoop(mcPlatform.EventLoop);
+    clsError::UseEventLoop(mcPlatform.EventLoop);
     connect(&mcStatus, &clsStatus::StatusChanged, this, &clsApplication::mcStatus_StatusChanged);
 }
 
@@ -33,8 +36,10 @@ clsApplication::~clsApplication()
     mcTimer.reset();
     mcDelayedQuite.reset();
     clsHalvexRecord::UsePlaces(nullptr);
-    if (gcApplication == this)
+    if (gcApplication == this) {
         gcApplication = nullptr;
+        clsError::UseEventLoop(nullptr);
+    }
 }
 
 clsApplication* clsApplication::Instance()
@@ -46,8 +51,7 @@ void clsApplication::Init()
 {
     mcSettings = std::make_unique<clsSettings>(StdDirectory());
     mcSettings->Init();
-    mcLogger = std::make_unique<clsLogger>(StdDirectory(), mcPlatform.Dialogs, ApplicationName(), VersionString());
-    mcLogger->Init();
+    StartLogging();
     MessageBrooker().SetDeviceAddress(102);
     MessageBrooker().SetHostAddress(1);
     mcRecords->Clear();
@@ -62,6 +66,22 @@ void clsApplication::Init()
     mbCommunicationStopped = false;
     mbAutoDetectionEnabled = true;
     mbInitialised = true;
+}
+
+// A log that cannot be written does not stop the program: it runs without
+// one, and the status line says so.
+void clsApplication::StartLogging()
+{
+    mcLogger = std::make_unique<clsLogger>(StdDirectory(), mcPlatform.Dialogs, *mcPlatform.EventLoop,
+                                           ApplicationName(), VersionString());
+    clsError lcError;
+    if (Err::Trap([this]() { mcLogger->Init(); }) || !lcError.IsError())
+        return;
+    mcLogger->SwitchOff();
+    lcError.SetDescription(QStringLiteral("Unable to write the log file ") +
+                           QDir::toNativeSeparators(mcLogger->FileName()) + QStringLiteral(" (") +
+                           lcError.Description() + QStringLiteral("), going on without a log"));
+    HandleError(lcError);
 }
 
 void clsApplication::Start(const std::function<void()>& vShowMainWindow)
@@ -79,15 +99,25 @@ void clsApplication::DeInit()
     if (!mbInitialised)
         return;
     mbInitialised = false;
+    // Nothing in shut-down reports errors, and none may stop the settings from being saved.
     if (mcMessage)
-        mcMessage->Send(0x10, QString());
+        Err::Trap([this]() { mcMessage->Send(0x10, QString()); });
     if (mcPlatform.MainWindow)
         mcPlatform.MainWindow->GiveUpWork();
-    mcPlatform.EventLoop->DoEvents();
+    Err::Trap([this]() { mcPlatform.EventLoop->DoEvents(); });
     if (mcTimer)
         mcTimer->SetEnabled(false);
-    mcLogger->DeInit();
+    // Write failures of the settings are ignored, but the user hears once
+    // that they will be lost, while the log still takes lines.
+    const QString lsSaveProblem = mcSettings->SaveProblem();
+    if (!lsSaveProblem.isEmpty()) {
+        Err::Trap([&]() { mcLogger->AddErrorToLog(lsSaveProblem); });
+        if (mcPlatform.Dialogs)
+            mcPlatform.Dialogs->MsgBox(lsSaveProblem, MsgButtons::OK, MsgIcon::Exclamation, ApplicationName());
+    }
+    Err::Trap([this]() { mcLogger->DeInit(); });
     mcSettings->DeInit();
+    Err::Clear();
     if (mcMessage)
         mcMessage->StopComSending();
     mcTimer.reset();
@@ -114,11 +144,6 @@ void clsApplication::mcDelayedQuite_Tick()
 {
     mcDelayedQuite->SetEnabled(false);
     Quite();
-}
-
-// Auto-detection of a plugged-in display plugs in here; until then a tick does nothing.
-void clsApplication::mcTimer_Tick()
-{
 }
 
 QString clsApplication::VersionString()
@@ -162,11 +187,16 @@ QString clsApplication::GetDirectoryFromPath(const QString& vsPath)
     return llLast < 0 ? QString() : vsPath.left(llLast + 1);
 }
 
+// Shown and logged. A log that fails here cannot report itself: the error
+// the user must see is already on the status line.
 void clsApplication::HandleError(clsError& rcError)
 {
     if (!rcError.IsError())
         return;
-    mcStatus.SetStatusString(rcError.Description());
+    const QString lsDescription = rcError.Description();
+    mcStatus.SetStatusString(lsDescription);
+    if (mcLogger)
+        Err::Trap([&]() { mcLogger->AddErrorToLog(lsDescription); });
     rcError.Clear();
 }
 

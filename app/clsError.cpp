@@ -1,6 +1,7 @@
 #include "app/clsError.h"
 
 #include "platform/Err.h"
+#include "platform/IEventLoop.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -105,9 +106,19 @@ QString clsError::TableText(qint32 vlError)
     }
 }
 
+namespace {
+IEventLoop* gcErrorClock = nullptr;
+}
+
+void clsError::UseEventLoop(IEventLoop* vcLoop)
+{
+    gcErrorClock = vcLoop;
+}
+
 QString clsError::Now()
 {
-    return QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("dd MMMM yyyy hh:mm:ss"));
+    const QDateTime lcNow = gcErrorClock ? gcErrorClock->CurrentDateTime() : QDateTime::currentDateTime();
+    return QLocale::c().toString(lcNow, QStringLiteral("dd MMMM yyyy hh:mm:ss"));
 }
 
 // Replaces the placeholders left to right; an inserted text is not scanned again.

@@ -22,9 +22,14 @@ constexpr qint32 WarningBit = 0x40000000;
 
 // The error value every operation fills instead of throwing: the caller makes
 // one, passes it down, tests IsError and hands it to HandleError.
+class IEventLoop;
+
 class clsError
 {
 public:
+    // Where the date of an error comes from; without one, the system clock.
+    static void UseEventLoop(IEventLoop* vcLoop);
+
     QString Description() const;
     void SetDescription(const QString& vsDescription) { msDescription = vsDescription; }
 

@@ -2,9 +2,10 @@
 
 #include "platform/Cp1252.h"
 #include "platform/Err.h"
+#include "platform/IEventLoop.h"
 #include "platform/IUserDialogs.h"
 
-#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -12,10 +13,11 @@ namespace {
 constexpr qint64 kLargeLog = 10485761;
 }
 
-clsLogger::clsLogger(const QString& vsDirectory, IUserDialogs* vcDialogs, QString vsApplicationName,
-                     QString vsVersion)
+clsLogger::clsLogger(const QString& vsDirectory, IUserDialogs* vcDialogs, IEventLoop& rcLoop,
+                     QString vsApplicationName, QString vsVersion)
     : msFile(vsDirectory + QStringLiteral("kvtDsw.log"))
     , mcDialogs(vcDialogs)
+    , mrLoop(rcLoop)
     , msApplicationName(std::move(vsApplicationName))
     , msVersion(std::move(vsVersion))
 {
@@ -46,17 +48,26 @@ void clsLogger::CheckLogFileSize()
         QFile::remove(msFile);
 }
 
+// A run-time error's own text with the log's path, so the user knows which file failed.
+QString clsLogger::NamingTheFile(long vlNumber) const
+{
+    return clsRuntimeError::StandardDescription(vlNumber) + QStringLiteral(": ") + QDir::toNativeSeparators(msFile);
+}
+
 void clsLogger::AddToLog(const QString& vsMessage, bool vbRaw)
 {
-    if (vsMessage.isEmpty() && !vbRaw)
+    if (mbOff || (vsMessage.isEmpty() && !vbRaw))
         return;
     const QString lsLine = vbRaw ? vsMessage
-                                 : QDateTime::currentDateTime().toString(QStringLiteral("yyyy/MM/dd-HH:mm:ss"))
+                                 : mrLoop.CurrentDateTime().toString(QStringLiteral("yyyy/MM/dd-HH:mm:ss"))
                                        + QStringLiteral(" - ") + vsMessage;
     QFile lcFile(msFile);
     if (!lcFile.open(QIODevice::Append))
-        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"));
-    lcFile.write(Cp1252::Encode(lsLine) + "\r\n");
+        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"), NamingTheFile(VbError::PathFileAccessError));
+    const QByteArray lcBytes = Cp1252::Encode(lsLine) + "\r\n";
+    // A full disk shows only when the bytes are pushed out.
+    if (lcFile.write(lcBytes) != lcBytes.size() || !lcFile.flush())
+        Err::Raise(VbError::DeviceIOError, QStringLiteral("clsLogger"), NamingTheFile(VbError::DeviceIOError));
     if (mEcho)
         mEcho(lsLine);
 }

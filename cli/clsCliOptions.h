@@ -2,6 +2,10 @@
 
 #include "data/clsFlashMemInfo.h"
 #include "data/clsRecordSelection.h"
+#include "upload/clsUpgradeFile.h"
+
+#include <QList>
+#include <QPair>
 
 #include <QString>
 #include <QStringList>
@@ -11,7 +15,7 @@
 class clsCliOptions
 {
 public:
-    enum class Command { None, Download, Erase, Decode, Id };
+    enum class Command { None, Download, Erase, Decode, Id, UploadDb, UploadSoftware, UpdateFirmware };
     enum class Answer { Ask, Yes, No };
     enum class Outcome { Run, Help, Version, BadUsage };
 
@@ -34,11 +38,16 @@ public:
     QString msHome;
     QString msPlaces;
     Answer mAnswer = Answer::Ask;
+    // How often --yes answers OK when a silent display is to be tried again.
+    int mlReconnects = 2;
     bool mbSimulate = false;
     bool mbVerbose = false;
     clsFlashMemInfo mcGeometry;
     bool mbGeometryGiven = false;
     QString msDecodeDirectory;
+    // The upload files named (--ssl F …), in the order given; each ticks its type.
+    QList<QPair<UploadType, QString>> mcUploadFiles;
+    bool mbVerify = false;
     // Whether questions can be put to a user: stdin and stderr are a terminal (set by the caller, not parsed).
     bool mbInteractive = false;
 
@@ -49,6 +58,8 @@ private:
     bool SetPort(const QString& vsPort);
     bool SetShow(const QString& vsKinds);
     bool SetGeometry(const QString& vsGeometry);
+    bool SetUploadFile(const QString& vsOption, const QString& vsFile);
+    bool SetReconnects(const QString& vsCount);
     bool CheckComplete();
 
     QString msUsageError;

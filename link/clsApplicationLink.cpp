@@ -43,7 +43,10 @@ void clsApplication::AttachCodec()
     if (!lcPort)
         return;
     lcPort->SetOnComm([this]() { Err::Trap([this]() { mcCom_OnComm(); }); });
-    lcPort->SetOnError([this](const QString& vsText) { Err::Trap([&]() { Logger().AddErrorToLog(vsText); }); });
+    lcPort->SetOnError([this](const QString& vsText) {
+        Err::Trap([&]() { Logger().AddErrorToLog(vsText); });
+        emit PortTrouble(vsText);
+    });
 }
 
 // Received bytes stay in the port for whoever reads it now; port trouble is still logged.
@@ -59,14 +62,19 @@ void clsApplication::RunPortDiscovery()
     if (!mPortDiscovery)
         return;
     clsError lcError;
-    Err::Trap([&]() { mcUsbPort = mPortDiscovery(lcError); });
+    Err::Trap([&]() { UseFoundPort(mPortDiscovery(lcError)); });
+    HandleError(lcError);
+}
+
+void clsApplication::UseFoundPort(const clsFoundPort& vcFound)
+{
+    mcUsbPort = vcFound;
     ISerialPort* lcPort = mcPlatform.Port;
     if (mcUsbPort.Found && !mcUsbPort.Port.isEmpty() && lcPort) {
         if (lcPort->PortOpen())
             lcPort->SetPortOpen(false);
         lcPort->SetCommPort(mcUsbPort.Port);
     }
-    HandleError(lcError);
 }
 
 void clsApplication::StartAutoDetection()
@@ -87,7 +95,10 @@ bool clsApplication::AutoDetectionRunning() const
 }
 
 // Opens the port on first use; a port that cannot be opened or written shows
-// up as time-outs, and so as the retry dialogue.
+// up as time-outs, and so as the retry dialogue. The codec calls this from
+// wherever a frame goes out, Qt's signals among them: it never throws, since
+// the port's error handler keeps a failure to log its trouble pending for the
+// running operation's error value (AttachCodec).
 bool clsApplication::SendString(const QByteArray& vcData)
 {
     ISerialPort* lcPort = mcPlatform.Port;

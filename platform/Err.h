@@ -33,6 +33,7 @@ constexpr long DivisionByZero = 11;
 constexpr long TypeMismatch = 13;
 constexpr long BadFileNameOrNumber = 52;
 constexpr long FileNotFound = 53;
+constexpr long DeviceIOError = 57;
 constexpr long InputPastEndOfFile = 62;
 constexpr long PermissionDenied = 70;
 constexpr long PathFileAccessError = 75;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QtGlobal>
 #include <functional>
 
@@ -25,4 +26,6 @@ public:
     // Periodic timer; returns its id, 0 when no timer is available.
     virtual int SetTimer(quint32 vlMilliseconds, TimerCallback vCallback) = 0;
     virtual bool KillTimer(int vlTimerId) = 0;
+    // The date and time of day, local time (log time stamps, error dates).
+    virtual QDateTime CurrentDateTime() = 0;
 };

@@ -24,6 +24,7 @@ public:
     void WaitForEvents(quint32 vlDeadline) override;
     int SetTimer(quint32 vlMilliseconds, TimerCallback vCallback) override;
     bool KillTimer(int vlTimerId) override;
+    QDateTime CurrentDateTime() override { return QDateTime::currentDateTime(); }
 
 private:
     QElapsedTimer mcClock;

@@ -17,6 +17,13 @@ public:
     void WaitForEvents(quint32 vlDeadline) override;
     int SetTimer(quint32 vlMilliseconds, TimerCallback vCallback) override;
     bool KillTimer(int vlTimerId) override;
+    // Moves with the virtual milliseconds from the date set last (1 January 2024, midnight, at first).
+    QDateTime CurrentDateTime() override { return mcDate.addMSecs(qint64(quint32(mlNow - mlDateSetAt))); }
+    void SetDateTime(const QDateTime& vcDate)
+    {
+        mcDate = vcDate;
+        mlDateSetAt = mlNow;
+    }
 
     // Runs vAction once when the clock reaches vlAt (or at once on the next wait if already past).
     void ScheduleAt(quint32 vlAt, std::function<void()> vAction);
@@ -35,6 +42,8 @@ private:
     bool NextDue(quint32& rlDue) const;
 
     quint32 mlNow = 0;
+    QDateTime mcDate{QDate(2024, 1, 1), QTime(0, 0)};
+    quint32 mlDateSetAt = 0;
     quint64 mlSequence = 0;
     int mlNextTimerId = 1;
     int mlTimersLeft = -1;

@@ -3,9 +3,13 @@
 #include "RecordingSerialPort.h"
 #include "TestApp.h"
 #include "app/clsSettings.h"
+#include "link/clsHalvexMsg.h"
+#include "platform/Err.h"
+#include "platform/PrivateProfile.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
 namespace {
@@ -25,8 +29,12 @@ private slots:
     void closingAfterQuitDoesNothingMore();
     void delayedQuitWaits200ms();
     void handleErrorShowsOnlyErrors();
+    void logTrouble_data();
+    void logTrouble();
     void portDiscoveryAtStartUp_data();
     void portDiscoveryAtStartUp();
+    void unsavableSettingsAreToldOnce_data();
+    void unsavableSettingsAreToldOnce();
 };
 
 void tst_application::directoryFromPath_data()
@@ -114,11 +122,74 @@ void tst_application::handleErrorShowsOnlyErrors()
     lcTest.app->HandleError(lcWarning);
     QVERIFY(lcTest.window.statusLines.isEmpty());
 
+    // the error's date is the event loop's time of day
+    lcTest.clock.SetDateTime(QDateTime(QDate(2026, 11, 2), QTime(9, 5, 7)));
+    lcTest.clock.Advance(3000);
     clsError lcError;
     lcError.SetError(ErrorCode::CancelledByUser);
+    QCOMPARE(lcError.DateTime(), QStringLiteral("02 November 2026 09:05:10"));
     lcTest.app->HandleError(lcError);
     QCOMPARE(lcTest.window.LastStatus(), QStringLiteral("Action cancelled by user."));
     QCOMPARE(lcError.Error(), 0);
+    QCOMPARE(lcTest.LogLines().mid(2), QStringList{"ERROR Action cancelled by user."});
+}
+
+void tst_application::logTrouble_data()
+{
+    QTest::addColumn<int>("when");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("status");
+    // the log is a directory: it cannot even be opened
+    QTest::newRow("no log at start-up") << 0 << 0
+                                        << "Unable to write the log file %1kvtDsw.log (Path/File access error), "
+                                           "going on without a log";
+    QTest::newRow("disk full in an operation") << 1 << int(VbError::DeviceIOError) << "Device I/O error";
+    QTest::newRow("disk full at shut-down") << 2 << 0 << "";
+}
+
+// The log never costs the user the settings, and never stops the program; a
+// line that cannot be written mid-run is the running operation's error.
+void tst_application::logTrouble()
+{
+    QFETCH(int, when);
+    QFETCH(int, number);
+    QFETCH(QString, status);
+    if (!QFileInfo::exists(QStringLiteral("/dev/full")))
+        QSKIP("needs /dev/full");
+    RecordingSerialPort lcPort;
+    lcPort.canOpen = false;
+    lcPort.openError = QStringLiteral("Unable to open serial port");
+    TestApp lcTest(&lcPort, false);
+    lcTest.app->SetPortDiscovery([](clsError& rcError) {
+        rcError.SetError(ErrorCode::NoUsbInterface);
+        return clsFoundPort{};
+    });
+    const QString lsLog = lcTest.Home() + QStringLiteral("kvtDsw.log");
+    const auto lcBreakLog = [&]() { QVERIFY(QFile::remove(lsLog) && QFile::link(QStringLiteral("/dev/full"), lsLog)); };
+    if (when == 0)
+        QVERIFY(QDir().mkpath(lsLog));
+    lcTest.app->Init();
+    QVERIFY(lcTest.app->IsInitialised());
+    if (when == 0)
+        QCOMPARE(lcTest.window.statusLines.first(), status.arg(lcTest.Home()));
+    if (when == 1)
+        lcBreakLog();
+    // The port's failure to open is logged from inside the codec's send: never thrown from there.
+    QVERIFY(!lcTest.app->SendString(kGoodbye));
+    const clsOutcome lcOutcome =
+        lcTest.app->RunOperation([&](clsError&) { lcTest.app->MessageBrooker().Send(0x10, QString()); });
+    QCOMPARE(lcOutcome.Number, number);
+    if (when == 1)
+        QCOMPARE(lcTest.window.LastStatus(), status);
+    QVERIFY(!lcTest.app->CommunicationIsRunning());
+    if (when == 2)
+        lcBreakLog();
+    lcTest.app->Settings().SetcomPort(4);
+    lcTest.app->Quite();
+    QVERIFY(!lcTest.app->IsInitialised());
+    QCOMPARE(PrivateProfile::GetInt(QStringLiteral("Common"), QStringLiteral("Com"), 1,
+                                                  lcTest.Home() + QStringLiteral("kvtDsw.ini")),
+             4L);
 }
 
 void tst_application::portDiscoveryAtStartUp_data()
@@ -153,6 +224,42 @@ void tst_application::portDiscoveryAtStartUp()
     QCOMPARE(lcPort.CommPort(), port);
     QCOMPARE(lcTest.app->UsbComport().Found, !found.isEmpty());
     QCOMPARE(lcTest.app->Settings().comPort(), 1);
+}
+
+void tst_application::unsavableSettingsAreToldOnce_data()
+{
+    QTest::addColumn<QString>("what"); // what kvtDsw.ini is at shut-down
+    QTest::addColumn<QString>("problem");
+    QTest::newRow("a file") << "file" << "";
+    QTest::newRow("missing") << "missing" << "";
+    QTest::newRow("a directory") << "directory" << " is a directory";
+}
+
+void tst_application::unsavableSettingsAreToldOnce()
+{
+    QFETCH(QString, what);
+    QFETCH(QString, problem);
+    TestApp lcTest;
+    const QString lsIni = lcTest.Home() + QStringLiteral("kvtDsw.ini");
+    if (what == QLatin1String("file"))
+        QVERIFY(QFile(lsIni).open(QIODevice::WriteOnly));
+    if (what == QLatin1String("directory"))
+        QVERIFY(QDir().mkdir(lsIni));
+    lcTest.app->Quite();
+
+    const QString lsText = QStringLiteral("The settings cannot be saved: ") + QDir::toNativeSeparators(lsIni) + problem;
+    const QStringList lcLog = lcTest.LogLines();
+    if (problem.isEmpty()) {
+        QVERIFY(lcTest.dialogs.boxes.isEmpty());
+        QVERIFY(!lcLog.join(QLatin1Char('\n')).contains(QStringLiteral("ERROR")));
+        QVERIFY(QFileInfo(lsIni).isFile());
+        return;
+    }
+    QCOMPARE(lcTest.dialogs.boxes.size(), 1);
+    QCOMPARE(lcTest.dialogs.boxes[0].text, lsText);
+    QCOMPARE(lcTest.dialogs.boxes[0].title, QStringLiteral("Corvane Desktop"));
+    QCOMPARE(lcLog.mid(lcLog.size() - 3), QStringList({QStringLiteral("ERROR ") + lsText, "Logging stopped", ""}));
+    QVERIFY(QFileInfo(lsIni).isDir());
 }
 
 QTEST_GUILESS_MAIN(tst_application)

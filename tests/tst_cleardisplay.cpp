@@ -41,7 +41,10 @@ private slots:
         r.display.Faults().SilentFromRequest = silent ? 1 : 0;
         r.app().SetDataSaved(saved);
         r.t.dialogs.answers.append(answers);
-        r.app().clearDisplay();
+        const clsOutcome lcOutcome = r.app().clearDisplay();
+        // what the command line's exit status and "Nothing erased." go by
+        QCOMPARE(lcOutcome.IsError(), silent);
+        QCOMPARE(lcOutcome.Cancelled, silent || lastText.isEmpty());
         const QList<FakeUserDialogs::Box>& lcBoxes = r.t.dialogs.boxes;
         QCOMPARE(lcBoxes[0].text, saved ? QStringLiteral("Are you sure you want to clear the display database?")
                                         : QStringLiteral("Do you want to save route info to disk, before clearing "

@@ -3,6 +3,7 @@
 
 #include "FakeUserDialogs.h"
 #include "app/clsLogger.h"
+#include "platform/VirtualClock.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -35,29 +36,27 @@ private slots:
 void tst_logger::lineFormat()
 {
     QTemporaryDir lcDir;
-    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, QStringLiteral("Corvane Desktop"), "1.0.0");
+    VirtualClock lcClock;
+    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, lcClock, QStringLiteral("Corvane Desktop"), "1.0.0");
+    // The time stamp is the event loop's time of day, so a virtual clock gives virtual times.
+    lcClock.SetDateTime(QDateTime(QDate(2026, 11, 2), QTime(9, 5, 7)));
     lcLogger.AddToLog(QStringLiteral("ID found 1.2.3.4.5.6.7.8."));
+    lcClock.Advance(61000);
     lcLogger.AddWarningToLog(QStringLiteral("bad checksum"));
+    lcClock.Advance(15 * 3600 * 1000);
     lcLogger.AddErrorToLog(QStringLiteral("Erase not succesfull"));
     lcLogger.AddToLog(QStringLiteral("raw text"), true);
-    const QStringList lcLines = Lines(lcLogger.FileName());
-    QCOMPARE(lcLines.size(), 4);
-    const QRegularExpression lcStamp(QStringLiteral("^\\d{4}/\\d{2}/\\d{2}-\\d{2}:\\d{2}:\\d{2} - (.*)$"));
-    const QStringList lcExpected = {QStringLiteral("ID found 1.2.3.4.5.6.7.8."),
-                                    QStringLiteral("WARNING bad checksum"),
-                                    QStringLiteral("ERROR Erase not succesfull")};
-    for (int i = 0; i < 3; ++i) {
-        const auto lcMatch = lcStamp.match(lcLines[i]);
-        QVERIFY2(lcMatch.hasMatch(), qPrintable(lcLines[i]));
-        QCOMPARE(lcMatch.captured(1), lcExpected[i]);
-    }
-    QCOMPARE(lcLines[3], QStringLiteral("raw text"));
+    QCOMPARE(Lines(lcLogger.FileName()), QStringList({"2026/11/02-09:05:07 - ID found 1.2.3.4.5.6.7.8.",
+                                                      "2026/11/02-09:06:08 - WARNING bad checksum",
+                                                      "2026/11/03-00:06:08 - ERROR Erase not succesfull",
+                                                      "raw text"}));
 }
 
 void tst_logger::emptyMessagesWriteNothing()
 {
     QTemporaryDir lcDir;
-    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, QStringLiteral("Corvane Desktop"), "1.0.0");
+    VirtualClock lcClock;
+    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, lcClock, QStringLiteral("Corvane Desktop"), "1.0.0");
     lcLogger.AddToLog(QString());
     lcLogger.AddWarningToLog(QString());
     lcLogger.AddErrorToLog(QString());
@@ -68,7 +67,8 @@ void tst_logger::twoRunsAreSeparatedByOneEmptyLine()
 {
     QTemporaryDir lcDir;
     for (int run = 0; run < 2; ++run) {
-        clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, QStringLiteral("Corvane Desktop"), "1.0.0");
+        VirtualClock lcClock;
+        clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), nullptr, lcClock, QStringLiteral("Corvane Desktop"), "1.0.0");
         lcLogger.Init();
         lcLogger.DeInit();
     }
@@ -99,6 +99,7 @@ void tst_logger::largeLogQuestion()
     QFETCH(bool, answerYes);
     QFETCH(bool, removed);
     QTemporaryDir lcDir;
+    VirtualClock lcClock;
     const QString lsLog = lcDir.path() + QStringLiteral("/kvtDsw.log");
     {
         QFile lcFile(lsLog);
@@ -107,7 +108,7 @@ void tst_logger::largeLogQuestion()
     }
     FakeUserDialogs lcDialogs;
     lcDialogs.answers.enqueue(answerYes ? MsgResult::Yes : MsgResult::No);
-    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), &lcDialogs, QStringLiteral("Corvane Desktop"), "1.0.0");
+    clsLogger lcLogger(lcDir.path() + QLatin1Char('/'), &lcDialogs, lcClock, QStringLiteral("Corvane Desktop"), "1.0.0");
     lcLogger.Init();
     QCOMPARE(lcDialogs.boxes.size(), asked ? 1 : 0);
     if (asked) {

@@ -117,6 +117,8 @@ private slots:
         QCOMPARE(t.window.calls, quiet ? kQuietFrame : kWindowFrame);
         const QString lsShown = body == Body::Nested ? QStringLiteral("Division by zero") : description;
         QCOMPARE(t.window.LastStatus(), quiet ? QString() : lsShown);
+        QCOMPARE(t.LogLines().filter(QStringLiteral("ERROR ")),
+                 quiet || lsShown.isEmpty() ? QStringList() : QStringList{QStringLiteral("ERROR ") + lsShown});
         QCOMPARE(Err::Number(), 0L);
     }
 

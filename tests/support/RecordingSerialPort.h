@@ -16,6 +16,8 @@ public:
     {
         ++openCalls;
         open = vbOpen && canOpen;
+        if (vbOpen && !open && !openError.isEmpty())
+            RaiseOnError(openError);
         return open == vbOpen;
     }
     bool Output(const QByteArray& vcData) override
@@ -39,6 +41,8 @@ public:
     QString port;
     bool open = false;
     bool canOpen = true;
+    // Reported on a failed open, as a real port reports one.
+    QString openError;
     int openCalls = 0;
     int flushes = 0;
     int purges = 0;
