@@ -21,6 +21,7 @@
 class IEventLoop;
 class IUserDialogs;
 class IMainWindow;
+class IRegistry;
 class ISerialPort;
 class IDataFile;
 class clsSettings;
@@ -36,6 +37,7 @@ struct clsPlatform {
     IUserDialogs* Dialogs = nullptr;
     IMainWindow* MainWindow = nullptr;
     ISerialPort* Port = nullptr;
+    IRegistry* Registry = nullptr;     // null: the KVT USB interface is not searched for
     QString HomeDir;               // --home / CORVANE_HOME; empty for the default
     QString PlacesFile;            // --places; empty for postcode.gps in StdDirectory
 };
@@ -114,6 +116,14 @@ public:
     void StartAutoDetection();
     void StopAutoDetection();
     bool AutoDetectionRunning() const;
+
+    // ---- Port discovery and auto-detection: link/clsApplicationAutoDetect.cpp ----
+    // The search itself, without side effects: what a front end gives SetPortDiscovery.
+    clsFoundPort FindUsbComport(clsError& rcError);
+    void GetCorrectComPortFromUser();
+    void PerformAutoDetect();
+    // True while a detection round waits on the display: a user action must wait for its end.
+    bool DetectionRoundRunning() const { return mbDetectionRound; }
 
     // ---- Flash download: data/clsApplicationDownload.cpp ----
     void GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo);
@@ -202,6 +212,9 @@ public:
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
+    // The serial port could not be opened or went away; the text, naming the
+    // port and the system's reason, is also in the log.
+    void PortTrouble(const QString& vsText);
 
 private:
     friend class clsOperation;
@@ -211,6 +224,8 @@ private:
     void AttachCodec();
     void DetachCodec();
     void RunPortDiscovery();
+    // The port found replaces the one of the settings for this run.
+    void UseFoundPort(const clsFoundPort& vcFound);
     // Device link: one attempt of SendAndRetry.
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
@@ -240,6 +255,9 @@ private:
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
+    // Auto-detection: the greeting of a display that was just plugged in.
+    void GreetNewDisplay();
+    void WriteScreenLine(const QString& vsText, quint8 vbyTop);
 
     clsPlatform mcPlatform;
     std::function<clsFoundPort(clsError&)> mPortDiscovery;
@@ -249,6 +267,7 @@ private:
     bool mbInitialised = false;
     bool mbMainWindowShown = false;
     bool mbAutoDetectionEnabled = false;
+    bool mbDetectionRound = false;
     bool mbCommunicationStopped = false;
     bool mbIDRequested = false;
     bool mbStatusBusy = false;

@@ -60,8 +60,7 @@ int clsCliCommands::Finish(const clsOutcome& vcOutcome)
     mcWindow.Finish();
     if (!vcOutcome.IsError())
         return kExitOk;
-    std::fputs((QStringLiteral("corvane: ") + vcOutcome.Description + QLatin1Char('\n')).toLocal8Bit().constData(),
-               stderr);
+    mcWindow.PrintLine(QStringLiteral("corvane: ") + vcOutcome.Description);
     return kExitError;
 }
 

@@ -5,7 +5,7 @@
 namespace {
 const QSet<QString> kValueOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--port"), QStringLiteral("--show"),
-    QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"),
+    QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"), QStringLiteral("--reconnect"),
     QStringLiteral("--ssl"), QStringLiteral("--sfl"), QStringLiteral("--usl"), QStringLiteral("--ufl"),
     QStringLiteral("--kvt"), QStringLiteral("--kvt-sa"), QStringLiteral("--kvt-snd"), QStringLiteral("--kvt-md"),
 };
@@ -18,13 +18,15 @@ const QSet<QString> kFirmwareOptions = {QStringLiteral("--kvt-md")};
 const QSet<QString> kCommonOptions = {
     QStringLiteral("--port"), QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--yes"),
     QStringLiteral("--no"), QStringLiteral("--simulate"), QStringLiteral("-v"), QStringLiteral("--verbose"),
+    QStringLiteral("--reconnect"),
 };
 const QSet<QString> kSaveOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--print"), QStringLiteral("--show"),
 };
 // No display takes part in a decode, and it runs in a home of its own (the
 // page files are copied there), so the options that choose either are refused.
-const QSet<QString> kNotForDecode = {QStringLiteral("--port"), QStringLiteral("--simulate"), QStringLiteral("--home")};
+const QSet<QString> kNotForDecode = {QStringLiteral("--port"), QStringLiteral("--simulate"), QStringLiteral("--home"),
+                                     QStringLiteral("--reconnect")};
 
 const QString kPortHelp = QStringLiteral(
     "  --port P        the display's serial port: a number (1 is the first port) or a\n"
@@ -34,12 +36,16 @@ const QString kQuestionHelp = QStringLiteral(
     "  --places FILE   the place table instead of postcode.gps\n"
     "  --yes, --no     the answer to every question; without them a terminal is\n"
     "                  asked, and a run without a terminal stops at the first question\n");
+const QString kReconnectHelp = QStringLiteral(
+    "  --reconnect N   how often --yes tries a silent display again (default 2);\n"
+    "                  then the run stops as if Cancel had been answered\n");
 const QString kSimulateHelp = QStringLiteral(
     "  --simulate      use the built-in simulated display full of generated trips\n");
 const QString kVerboseHelp = QStringLiteral(
     "  -v, --verbose   also show the log lines on stderr\n"
     "  --help          this text\n");
-const QString kCommonHelp = QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kSimulateHelp + kVerboseHelp;
+const QString kCommonHelp =
+    QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kReconnectHelp + kSimulateHelp + kVerboseHelp;
 
 const QString kVerifyHelp = QStringLiteral(
     "  --verify        read every page back after the upload and compare it with the\n"
@@ -294,6 +300,8 @@ bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
         return SetShow(vsValue);
     else if (vsName == QLatin1String("--geometry"))
         return SetGeometry(vsValue);
+    else if (vsName == QLatin1String("--reconnect"))
+        return SetReconnects(vsValue);
     else if (vsName == QLatin1String("--print"))
         mbPrint = true;
     else if (vsName == QLatin1String("--verify"))
@@ -387,6 +395,16 @@ bool clsCliOptions::SetUploadFile(const QString& vsOption, const QString& vsFile
         return true;
     }
     return Refuse(QStringLiteral("unknown option ") + vsOption);
+}
+
+bool clsCliOptions::SetReconnects(const QString& vsCount)
+{
+    bool lbOk = false;
+    const int llCount = vsCount.toInt(&lbOk);
+    if (!lbOk || llCount < 0)
+        return Refuse(QStringLiteral("--reconnect wants a number from 0 on, not \"") + vsCount + QStringLiteral("\""));
+    mlReconnects = llCount;
+    return true;
 }
 
 bool clsCliOptions::CheckComplete()

@@ -38,6 +38,8 @@ public:
     QString msHome;
     QString msPlaces;
     Answer mAnswer = Answer::Ask;
+    // How often --yes answers OK when a silent display is to be tried again.
+    int mlReconnects = 2;
     bool mbSimulate = false;
     bool mbVerbose = false;
     clsFlashMemInfo mcGeometry;
@@ -57,6 +59,7 @@ private:
     bool SetShow(const QString& vsKinds);
     bool SetGeometry(const QString& vsGeometry);
     bool SetUploadFile(const QString& vsOption, const QString& vsFile);
+    bool SetReconnects(const QString& vsCount);
     bool CheckComplete();
 
     QString msUsageError;

@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QStringList>
 #include <cstdio>
+#include <functional>
 
 class clsApplication;
 
@@ -49,6 +50,8 @@ public:
     void PrintLine(const QString& vsText, bool vbNewLine = true);
     // Ends the progress line so that what follows starts on a fresh line.
     void Finish();
+    // Rewrites every text before it is shown: file names the user should see instead of the program's own.
+    void SetUserNames(std::function<QString(const QString&)> vUserNames) { mUserNames = std::move(vUserNames); }
     // False after ClearGrid until the next RecordsChanged: the grid shows only its header.
     bool ShowsRecords() const { return mbShowsRecords; }
     // The progress line as it stands now.
@@ -83,4 +86,5 @@ private:
     clsTerminalBar mcBars[3];
     bool mbShowsRecords = false;
     QMap<int, QString> mcUploadFiles;
+    std::function<QString(const QString&)> mUserNames;
 };

@@ -14,13 +14,15 @@ struct SimRig {
                           [this](quint32 vlDelay, std::function<void()> vAction) {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
-    TestApp t{&port};
+    TestApp t;
     // The Memory Display's bootloader behind the display, after it said yes to 0xD9.
     clsSimBootloader bootloader;
     // Every byte the bootloader was given, in order.
     QByteArray bootloaderReceived;
 
-    SimRig()
+    // vcWindow: the real main window instead of the recording one.
+    explicit SimRig(IMainWindow* vcWindow = nullptr)
+        : t(&port, true, vcWindow)
     {
         clock = &t.clock;
         display.SetBootloaderHook([this](const QByteArray& vcBytes) {
