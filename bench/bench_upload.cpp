@@ -5,7 +5,7 @@
 //
 //   ./build/bench/bench_upload [size-in-bytes] [--no-pty]
 
-#include "bench/BenchDialogs.h"
+#include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsSettings.h"
 #include "platform/QtEventLoop.h"
@@ -54,7 +54,7 @@ VirtualRun OnVirtualClock(const QString& vsFile)
 {
     QTemporaryDir lcHome;
     VirtualClock lcClock;
-    BenchDialogs lcDialogs;
+    FakeUserDialogs lcDialogs;
     clsSimDisplay lcDisplay;
     lcDisplay.SetGeometry(0, 63, kLog2, kMaxData);
     clsSimSerialPort lcPort(lcDisplay, lcClock);
@@ -87,7 +87,7 @@ qint64 OverPty(const QString& vsFile, const QString& vsDir)
     }
     QtEventLoop lcLoop;
     QtSerialPort lcPort(lcLoop);
-    BenchDialogs lcDialogs;
+    FakeUserDialogs lcDialogs;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;
     lcPlatform.Dialogs = &lcDialogs;

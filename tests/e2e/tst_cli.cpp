@@ -2,6 +2,8 @@
 // on a pseudo-terminal through the real serial code, in real time.
 
 #include "CorvaneProcess.h"
+#include "PageFile.h"
+#include "SimProcess.h"
 #include "platform/Cp1252.h"
 
 #include <QtTest>
@@ -12,11 +14,6 @@ const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
 const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
                               "--id", "12.0.34.5.6.7.8.9"};
 constexpr int kPageSize = 1024;
-
-void WritePageFile(const QString& vsPath, const QByteArray& vcPage)
-{
-    WriteAll(vsPath, PageFileText(vcPage));
-}
 }
 
 class tst_Cli : public QObject
@@ -54,21 +51,14 @@ void tst_Cli::badUsage_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("says");
-    QTest::newRow("no command") << QStringList{} << 2 << "no command given";
-    QTest::newRow("unknown command") << QStringList{"copy"} << 2 << "unknown command \"copy\"";
-    QTest::newRow("option of another command") << QStringList{"erase", "-o", "x.txt"} << 2
-                                               << "-o does not go with erase";
-    QTest::newRow("decode without geometry") << QStringList{"decode", "."} << 2 << "needs --geometry";
-    QTest::newRow("bad geometry") << QStringList{"decode", "--geometry", "3,1,8", "."} << 2 << "\"3,1,8\"";
-    QTest::newRow("page beyond 32 bits") << QStringList{"decode", "--geometry", "0,1,31", "."} << 2 << "\"0,1,31\"";
-    QTest::newRow("yes and no") << QStringList{"id", "--yes", "--no"} << 2 << "exclude each other";
-    QTest::newRow("unknown kind") << QStringList{"download", "--show", "route,trains"} << 2 << "\"trains\"";
-    QTest::newRow("missing value") << QStringList{"download", "--port"} << 2 << "--port needs a value";
+    QTest::newRow("refused arguments") << QStringList{"erase", "-o", "x.txt"} << 2
+                                       << "corvane: -o does not go with erase\n";
     QTest::newRow("decode of a missing directory") << QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}
                                                    << 1 << "Path not found: /nonexistent/kvt";
 }
 
-// Bad usage is exit status 2 with the reason on stderr, before anything is touched.
+// Bad usage is exit status 2 with the reason on stderr, before anything is
+// touched; the parser's reasons are tested in process.
 void tst_Cli::badUsage()
 {
     QFETCH(QStringList, arguments);
@@ -82,14 +72,12 @@ void tst_Cli::badUsage()
 
 void tst_Cli::downloadWritesTheGoldenFile()
 {
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img"}, lsLink));
-    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
-    const clsRun lcRun = Corvane({"download", "--yes", "-o", lsTrips, "--port", lsLink, "--print", "--show", "tc",
-                                  "--home", lcDir.filePath(QStringLiteral("home"))});
-    QVERIFY(StopDisplay(lcSim));
+    SimProcess lcSim;
+    QVERIFY(lcSim.Start(kDisplay + QStringList{"--flash", kGolden + "flash.img"}));
+    const QString lsTrips = lcSim.File(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--yes", "-o", lsTrips, "--port", lcSim.Link(), "--print", "--show", "tc",
+                                  "--home", lcSim.File(QStringLiteral("home"))});
+    QVERIFY(lcSim.Stop());
 
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
     QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
@@ -108,8 +96,8 @@ void tst_Cli::decodeOfSavedPagesGivesTheSameFile()
     const QString lsPages = lcDir.filePath(QStringLiteral("pages"));
     QVERIFY(QDir().mkpath(lsPages));
     const QByteArray lcImage = ReadAll(kGolden + "flash.img");
-    WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize));
-    WritePageFile(lsPages + QStringLiteral("/Page2.DSW"), lcImage.mid(2 * kPageSize, kPageSize));
+    QVERIFY(WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize)));
+    QVERIFY(WritePageFile(lsPages + QStringLiteral("/Page2.DSW"), lcImage.mid(2 * kPageSize, kPageSize)));
     const QMap<QString, QByteArray> lcBefore = Snapshot(lsPages);
     const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
 
@@ -168,17 +156,14 @@ void tst_Cli::erase()
     QFETCH(int, exitCode);
     QFETCH(bool, erased);
     QFETCH(QString, says);
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    const QString lsSaved = lcDir.filePath(QStringLiteral("saved.img"));
-    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img", "--save-flash", lsSaved},
-                         lsLink));
-    QStringList lcArguments = {"erase", "--port", lsLink, "--home", lcDir.filePath(QStringLiteral("home"))};
+    SimProcess lcSim;
+    const QString lsSaved = lcSim.File(QStringLiteral("saved.img"));
+    QVERIFY(lcSim.Start(kDisplay + QStringList{"--flash", kGolden + "flash.img", "--save-flash", lsSaved}));
+    QStringList lcArguments = {"erase", "--port", lcSim.Link(), "--home", lcSim.File(QStringLiteral("home"))};
     if (!answer.isEmpty())
         lcArguments << answer;
     const clsRun lcRun = Corvane(lcArguments);
-    QVERIFY(StopDisplay(lcSim));
+    QVERIFY(lcSim.Stop());
 
     QVERIFY2(lcRun.exitCode == exitCode, qPrintable(lcRun.err));
     QVERIFY2(lcRun.err.contains(says), qPrintable(lcRun.err));
@@ -196,14 +181,12 @@ void tst_Cli::erase()
 // second each, then the retry question, answered Cancel by --no.
 void tst_Cli::silentDisplayIsCancelledUnderNo()
 {
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    QVERIFY(StartDisplay(lcSim, lcDir, {"--generate", "--days", "1", "--fault", "silent-after=2"}, lsLink));
-    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
-    const clsRun lcRun = Corvane({"download", "--no", "-o", lsTrips, "--port", lsLink, "--home",
-                                  lcDir.filePath(QStringLiteral("home"))});
-    QVERIFY(StopDisplay(lcSim));
+    SimProcess lcSim;
+    QVERIFY(lcSim.Start({"--generate", "--days", "1", "--fault", "silent-after=2"}));
+    const QString lsTrips = lcSim.File(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--no", "-o", lsTrips, "--port", lcSim.Link(), "--home",
+                                  lcSim.File(QStringLiteral("home"))});
+    QVERIFY(lcSim.Stop());
 
     QCOMPARE(lcRun.exitCode, 1);
     QVERIFY2(lcRun.err.endsWith(QStringLiteral("corvane: Action cancelled by user.\n")), qPrintable(lcRun.err));
@@ -233,6 +216,4 @@ void tst_Cli::simulatedDisplayRemembersThePort()
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
-#include "TestFiles.h"
-#include "platform/Cp1252.h"
 #include "tst_cli.moc"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PageFile.h"
 #include "TestFiles.h"
 
 #include <QDir>
@@ -65,15 +66,6 @@ inline bool StopDisplay(QProcess& rcSim)
 {
     rcSim.terminate();
     return rcSim.waitForFinished(3000) && rcSim.exitStatus() == QProcess::NormalExit && rcSim.exitCode() == 0;
-}
-
-// A page file as a download leaves it: each byte in decimal on a line of its own, CR LF.
-inline QByteArray PageFileText(const QByteArray& vcPage)
-{
-    QByteArray lcText;
-    for (char lcByte : vcPage)
-        lcText += QByteArray::number(quint8(lcByte)) + "\r\n";
-    return lcText;
 }
 
 // Every file under the directory with its content.

@@ -43,4 +43,24 @@ struct SimRig {
             lcFuncs << lcRequest.func;
         return lcFuncs;
     }
+
+    // The requests the display received: function code and arguments in hex,
+    // "CE 38:01"; a run of n equal requests reads "38:01*n".
+    QString Trace() const
+    {
+        QStringList lcTrace;
+        int llRun = 1;
+        for (const clsSimDisplay::Request& lcRequest : display.Requests()) {
+            QString lsRequest = QString::number(lcRequest.func, 16).toUpper();
+            if (!lcRequest.arguments.isEmpty())
+                lsRequest += QLatin1Char(':') + QString::fromLatin1(lcRequest.arguments.toHex().toUpper());
+            if (!lcTrace.isEmpty() && lcTrace.last().section(QLatin1Char('*'), 0, 0) == lsRequest) {
+                lcTrace.last() = lsRequest + QStringLiteral("*%1").arg(++llRun);
+                continue;
+            }
+            lcTrace << lsRequest;
+            llRun = 1;
+        }
+        return lcTrace.join(QLatin1Char(' '));
+    }
 };
