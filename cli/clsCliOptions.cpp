@@ -1,18 +1,23 @@
 #include "cli/clsCliOptions.h"
 
+#include "export/clsExportFormats.h"
+
 #include <QSet>
 
 namespace {
 const QSet<QString> kValueOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--port"), QStringLiteral("--show"),
     QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"),
+    QStringLiteral("--format"),
 };
 const QSet<QString> kCommonOptions = {
     QStringLiteral("--port"), QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--yes"),
     QStringLiteral("--no"), QStringLiteral("--simulate"), QStringLiteral("-v"), QStringLiteral("--verbose"),
+    QStringLiteral("-q"), QStringLiteral("--quiet"),
 };
 const QSet<QString> kSaveOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--print"), QStringLiteral("--show"),
+    QStringLiteral("--format"),
 };
 // No display takes part in a decode, and it runs in a home of its own (the
 // page files are copied there), so the options that choose either are refused.
@@ -30,11 +35,15 @@ const QString kSimulateHelp = QStringLiteral(
     "  --simulate      use the built-in simulated display full of generated trips\n");
 const QString kVerboseHelp = QStringLiteral(
     "  -v, --verbose   also show the log lines on stderr\n"
+    "  -q, --quiet     print nothing but errors (and questions that need an answer)\n"
     "  --help          this text\n");
 const QString kCommonHelp = QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kSimulateHelp + kVerboseHelp;
 
 const QString kSaveHelp = QStringLiteral(
-    "  -o FILE         save the records as a tab-delimited text file\n"
+    "  -o FILE         save the records; the extension chooses the format: .txt the\n"
+    "                  tab-delimited file, .csv, .xlsx (Excel), .gpx and .kml (maps,\n"
+    "                  one track a trip), .pdf (a printable mileage register)\n"
+    "  --format FMT    the format whatever the extension: txt, csv, xlsx, gpx, kml, pdf\n"
     "  --print         print the table (header and shown rows, tab-separated) on stdout\n"
     "  --show KINDS    the kinds of record the table shows, comma-separated, from\n"
     "                  route, police, tank, tc, dbg-route, dbg-km, all, none\n"
@@ -52,6 +61,8 @@ QString clsCliOptions::CommandName(Command vCommand)
         return QStringLiteral("decode");
     case Command::Id:
         return QStringLiteral("id");
+    case Command::Ports:
+        return QStringLiteral("ports");
     case Command::None:
         break;
     }
@@ -63,13 +74,15 @@ QString clsCliOptions::ProgramHelp()
     return QStringLiteral(
                "Usage: corvane COMMAND [OPTIONS]\n"
                "Corvane Desktop on the command line: copy the logged trips and alarms out of a\n"
-               "KVT Memory Display, save them as a tab-delimited file, erase the display.\n"
+               "KVT Memory Display, save them as a tab-delimited file (or for a spreadsheet,\n"
+               "a map or as a printable mileage register), erase the display.\n"
                "\n"
                "Commands:\n"
                "  download   copy the logged data from the display and save it (-o FILE)\n"
                "  erase      erase the logged data in the display\n"
                "  decode     decode page files saved earlier (--geometry FIRST,LAST,SIZELOG2 DIR)\n"
-               "  id         show the display's ID\n")
+               "  id         show the display's ID\n"
+               "  ports      list the serial ports and mark the KVT USB interface\n")
         + kCommonHelp
         + QStringLiteral("  --version       the program's version\n"
                          "\n"
@@ -104,6 +117,11 @@ QString clsCliOptions::CommandHelp(Command vCommand)
         return QStringLiteral("Usage: corvane id [OPTIONS]\n"
                               "Shows the ID of the connected display.\n\n")
             + kCommonHelp;
+    case Command::Ports:
+        return QStringLiteral("Usage: corvane ports\n"
+                              "Lists the serial ports: device path, vendor:product, description and serial\n"
+                              "number; the KVT USB interface (0403:e990) is marked. Any of them can be given\n"
+                              "to --port.\n");
     case Command::None:
         break;
     }
@@ -166,7 +184,7 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
             }
             lcGiven.append({lsName, lsValue});
         } else if (mCommand == Command::None) {
-            for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id}) {
+            for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id, Command::Ports}) {
                 if (CommandName(lcCommand) == lsArgument)
                     mCommand = lcCommand;
             }
@@ -200,6 +218,8 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
 
 bool clsCliOptions::Accepts(const QString& vsName) const
 {
+    if (mCommand == Command::Ports)
+        return false;
     if (mCommand == Command::Decode)
         return vsName == QLatin1String("--geometry") || kSaveOptions.contains(vsName)
             || (kCommonOptions.contains(vsName) && !kNotForDecode.contains(vsName));
@@ -234,6 +254,10 @@ bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
         mbSimulate = true;
     else if (vsName == QLatin1String("-v") || vsName == QLatin1String("--verbose"))
         mbVerbose = true;
+    else if (vsName == QLatin1String("-q") || vsName == QLatin1String("--quiet"))
+        mbQuiet = true;
+    else if (vsName == QLatin1String("--format"))
+        return SetFormat(vsValue);
     else if (vsName == QLatin1String("--yes") || vsName == QLatin1String("--no")) {
         const Answer lcAnswer = vsName == QLatin1String("--yes") ? Answer::Yes : Answer::No;
         if (mAnswer != Answer::Ask && mAnswer != lcAnswer)
@@ -282,6 +306,23 @@ bool clsCliOptions::SetShow(const QString& vsKinds)
                           + QStringLiteral("\" for --show (route, police, tank, tc, dbg-route, dbg-km, all, none)"));
     }
     mcSelection = lcSelection;
+    return true;
+}
+
+QString clsCliOptions::ExportFormat() const
+{
+    if (!msFormat.isEmpty())
+        return msFormat;
+    const QString lsFormat = clsExportFormats::OfFile(msOutput);
+    return lsFormat.isEmpty() ? QStringLiteral("txt") : lsFormat;
+}
+
+bool clsCliOptions::SetFormat(const QString& vsFormat)
+{
+    if (!clsExportFormats::Names().contains(vsFormat.toLower()))
+        return Refuse(QStringLiteral("unknown format \"") + vsFormat + QStringLiteral("\" for --format (")
+                      + clsExportFormats::Names().join(QStringLiteral(", ")) + QLatin1Char(')'));
+    msFormat = vsFormat.toLower();
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "data/clsFlashMemInfo.h"
 #include "data/clsRecordSelection.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -11,7 +12,7 @@
 class clsCliOptions
 {
 public:
-    enum class Command { None, Download, Erase, Decode, Id };
+    enum class Command { None, Download, Erase, Decode, Id, Ports };
     enum class Answer { Ask, Yes, No };
     enum class Outcome { Run, Help, Version, BadUsage };
 
@@ -22,12 +23,18 @@ public:
     // Why the arguments were refused; set when Parse gave BadUsage.
     QString UsageError() const { return msUsageError; }
 
+    // The format -o is saved in: --format, else the extension of -o, else the tab-delimited file.
+    QString ExportFormat() const;
+
     static QString ProgramHelp();
     static QString CommandHelp(Command vCommand);
     static QString CommandName(Command vCommand);
 
     Command mCommand = Command::None;
     QString msOutput;
+    // --format: the export format by name (csv, pdf …); empty to go by the extension of -o.
+    QString msFormat;
+    bool mbQuiet = false;
     QString msPort;
     bool mbPrint = false;
     clsRecordSelection mcSelection;
@@ -39,6 +46,8 @@ public:
     clsFlashMemInfo mcGeometry;
     bool mbGeometryGiven = false;
     QString msDecodeDirectory;
+    // When the page files of a decode were written (set by the caller, not parsed).
+    QDateTime mcPagesTaken;
     // Whether questions can be put to a user: stdin and stderr are a terminal (set by the caller, not parsed).
     bool mbInteractive = false;
 
@@ -49,6 +58,7 @@ private:
     bool SetPort(const QString& vsPort);
     bool SetShow(const QString& vsKinds);
     bool SetGeometry(const QString& vsGeometry);
+    bool SetFormat(const QString& vsFormat);
     bool CheckComplete();
 
     QString msUsageError;

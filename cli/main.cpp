@@ -8,14 +8,20 @@
 #include "cli/clsCliCommands.h"
 #include "cli/clsCliOptions.h"
 #include "cli/clsCliPort.h"
+#include "cli/clsCountingPort.h"
+#include "cli/clsPortAccess.h"
+#include "cli/clsPortList.h"
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
 #include "platform/Err.h"
 #include "platform/QtEventLoop.h"
+#include "platform/QtSerialPort.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <functional>
@@ -45,7 +51,8 @@ int BadUsage(const QString& vsWhy)
 // The page files of an earlier download (and the place table beside them, if
 // any) are copied into a home of their own, so the decode never writes in DIR.
 // A name that a Windows copy changed in case ("page3.dsw") is read all the same.
-bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QString& rsError)
+// rcTaken: when the newest page file was written, the download's date for an export's header.
+bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QString& rsError, QDateTime& rcTaken)
 {
     const QDir lcSource(vsDirectory);
     if (!lcSource.exists()) {
@@ -61,6 +68,9 @@ bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QStrin
         if (lcMatch.hasMatch()) {
             lsTarget = QStringLiteral("Page") + QString::number(lcMatch.captured(1).toLongLong()) + QStringLiteral(".DSW");
             ++llPages;
+            const QDateTime lcWritten = QFileInfo(lcSource.filePath(lsFile)).lastModified();
+            if (!rcTaken.isValid() || lcWritten > rcTaken)
+                rcTaken = lcWritten;
         } else if (lsFile.compare(QLatin1String("postcode.gps"), Qt::CaseInsensitive) == 0) {
             lsTarget = QStringLiteral("postcode.gps");
         } else {
@@ -130,15 +140,18 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const
     QtEventLoop lcEventLoop;
     clsTerminalWindow lcWindow(stderr, isatty(2));
     clsTerminalDialogs lcDialogs(lcWindow, vcOptions.mAnswer, vcOptions.mbInteractive);
+    lcWindow.SetQuiet(vcOptions.mbQuiet);
     clsCliPort lcPort(vcOptions.mbSimulate, lcEventLoop);
     if (!lcPort.Error().isEmpty()) {
         WriteErr(QStringLiteral("corvane: ") + lcPort.Error() + QLatin1Char('\n'));
         return clsCliCommands::kExitError;
     }
+    clsCountingPort lcCountingPort(lcPort.Port());
+    lcWindow.SetByteCounter([&]() { return lcCountingPort.Bytes(); });
     vcPlatform.EventLoop = &lcEventLoop;
     vcPlatform.Dialogs = &lcDialogs;
     vcPlatform.MainWindow = &lcWindow;
-    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcPort.Port();
+    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcCountingPort;
 
     clsApplication lcApplication(vcPlatform);
     lcWindow.Attach(lcApplication);
@@ -157,23 +170,58 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const
                 lcWindow.PrintLine(vsLine);
         });
     ApplyPortOption(lcApplication, vcOptions.msPort);
+    lcApplication.SetRecordsTaken(vcOptions.mcPagesTaken);
+    // A port refused for want of permission says so now, not as six time-outs later.
+    if (vcPlatform.Port && !vcOptions.mbSimulate) {
+        const QString lsProblem = clsPortAccess::Problem(QtSerialPort::DeviceName(vcPlatform.Port->CommPort()));
+        if (!lsProblem.isEmpty()) {
+            lcWindow.Finish();
+            WriteErr(QStringLiteral("corvane: ") + lsProblem + QLatin1Char('\n'));
+            lcApplication.Quite();
+            return clsCliCommands::kExitError;
+        }
+    }
 
     int llExit = clsCliCommands::kExitOk;
     lcApplication.Start([&]() { llExit = clsCliCommands(lcApplication, vcOptions, lcWindow, lcDialogs).Run(); });
     lcWindow.Finish();
     return llExit;
 }
+
+// The PDF export draws text, which needs Qt's fonts and so a QGuiApplication;
+// its off-screen platform needs no display. Every other run stays without.
+std::unique_ptr<QCoreApplication> MakeQtApplication(int& rlArgc, char** vcArgv)
+{
+    bool lbPdf = false;
+    for (int i = 1; i < rlArgc; ++i) {
+        const QString lsArgument = QString::fromLocal8Bit(vcArgv[i]).toLower();
+        lbPdf = lbPdf || lsArgument.endsWith(QLatin1String(".pdf")) || lsArgument == QLatin1String("pdf")
+             || lsArgument == QLatin1String("--format=pdf");
+    }
+    if (!lbPdf)
+        return std::make_unique<QCoreApplication>(rlArgc, vcArgv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(rlArgc, vcArgv);
+}
+
+int ListPorts()
+{
+    std::fputs(clsPortList::Listing(clsPortList::Available()).toLocal8Bit().constData(), stdout);
+    return clsCliCommands::kExitOk;
+}
 }
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication lcQtApplication(argc, argv);
+    const std::unique_ptr<QCoreApplication> lcQtApplication = MakeQtApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("corvane"));
 
     clsCliOptions lcOptions;
     const int llAnswered = AnswerWithoutRunning(lcOptions);
     if (llAnswered >= 0)
         return llAnswered;
+    if (lcOptions.mCommand == clsCliOptions::Command::Ports)
+        return ListPorts();
     lcOptions.mbInteractive = isatty(0) && isatty(2);
     if (!lcOptions.msOutput.isEmpty())
         lcOptions.msOutput = QFileInfo(lcOptions.msOutput).absoluteFilePath();
@@ -184,7 +232,8 @@ int main(int argc, char* argv[])
     QTemporaryDir lcDecodeHome;
     if (lcOptions.mCommand == clsCliOptions::Command::Decode) {
         QString lsError;
-        if (!lcDecodeHome.isValid() || !PrepareDecodeHome(lcOptions.msDecodeDirectory, lcDecodeHome.path(), lsError)) {
+        if (!lcDecodeHome.isValid()
+            || !PrepareDecodeHome(lcOptions.msDecodeDirectory, lcDecodeHome.path(), lsError, lcOptions.mcPagesTaken)) {
             WriteErr(QStringLiteral("corvane: ") + (lsError.isEmpty() ? lcDecodeHome.errorString() : lsError)
                      + QLatin1Char('\n'));
             return clsCliCommands::kExitError;
