@@ -11,6 +11,7 @@
 #include "data/clsRecordSelection.h"
 #include "export/clsExportContext.h"
 #include "link/clsFoundPort.h"
+#include "upload/clsUploadSelection.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -22,6 +23,7 @@
 class IEventLoop;
 class IUserDialogs;
 class IMainWindow;
+class IRegistry;
 class ISerialPort;
 class IDataFile;
 class clsSettings;
@@ -37,6 +39,7 @@ struct clsPlatform {
     IUserDialogs* Dialogs = nullptr;
     IMainWindow* MainWindow = nullptr;
     ISerialPort* Port = nullptr;
+    IRegistry* Registry = nullptr;     // null: the KVT USB interface is not searched for
     QString HomeDir;               // --home / CORVANE_HOME; empty for the default
     QString PlacesFile;            // --places; empty for postcode.gps in StdDirectory
 };
@@ -116,6 +119,14 @@ public:
     void StopAutoDetection();
     bool AutoDetectionRunning() const;
 
+    // ---- Port discovery and auto-detection: link/clsApplicationAutoDetect.cpp ----
+    // The search itself, without side effects: what a front end gives SetPortDiscovery.
+    clsFoundPort FindUsbComport(clsError& rcError);
+    void GetCorrectComPortFromUser();
+    void PerformAutoDetect();
+    // True while a detection round waits on the display: a user action must wait for its end.
+    bool DetectionRoundRunning() const { return mbDetectionRound; }
+
     // ---- Flash download: data/clsApplicationDownload.cpp ----
     void GetMemoryInfo(clsError& rcError, clsFlashMemInfo& rcInfo);
     void IsPageEmpty(clsError& rcError, qint32 vlPage, bool& rbIsEmpty);
@@ -172,9 +183,50 @@ public:
     QDateTime RecordsTaken() const { return mcRecordsTaken; }
     void SetRecordsTaken(const QDateTime& vcWhen) { mcRecordsTaken = vcWhen; }
 
+    // ---- Upload to the display: upload/clsApplicationUpload.cpp ----
+    // The choose family: a file dialog for the type, the choice kept in the
+    // settings and its text box; a cancelled dialog changes nothing.
+    void GetNewFileNameForUpload(UploadType vType);
+    void GetNewFileNameForUploadSSL() { GetNewFileNameForUpload(UploadType::SSL); }
+    void GetNewFileNameForUploadSFL() { GetNewFileNameForUpload(UploadType::SFL); }
+    void GetNewFileNameForUploadUSL() { GetNewFileNameForUpload(UploadType::USL); }
+    void GetNewFileNameForUploadUFL() { GetNewFileNameForUpload(UploadType::UFL); }
+    void GetNewFileNameForUploadKVTCC() { GetNewFileNameForUpload(UploadType::KVTCC); }
+    void GetNewFileNameForUploadKVTSA() { GetNewFileNameForUpload(UploadType::KVTSA); }
+    void GetNewFileNameForUploadKVTSND() { GetNewFileNameForUpload(UploadType::KVTSND); }
+    void GetNewFileNameForUploadKVTMemoryDisplay() { GetNewFileNameForUpload(UploadType::KVTMD); }
+    // Fills the eight upload file boxes from the settings (the window, when it is activated).
+    void ShowLastUploadFiles();
+    void HandleUploadDatabases(clsError& rcError);
+    void HandleUploadKVT(clsError& rcError);
+    void CheckFileExistsAndWarn(clsError& rcError, const QString& vsFileName, bool& rbOk);
+    void CheckFileExists(const QString& vsFileName, bool& rbExists) const;
+    // The upload tick boxes.
+    clsUploadSelection& UploadSelection() { return mcUploadSelection; }
+    // Read every page back after an upload and compare it with the file (off unless asked for).
+    void SetVerifyUploads(bool vbVerify) { mbVerifyUploads = vbVerify; }
+    bool VerifyUploads() const { return mbVerifyUploads; }
+
+    // ---- The upload buttons, boxes included: upload/clsApplicationUploadClick.cpp ----
+    // Nothing ticked: "Please select one or more items to upload" and an
+    // outcome with that text; else the upload in the window's frame and its box.
+    clsOutcome cmdUploadDatabases_Click();
+    clsOutcome cmdInstallKVTSoftware_Click();
+    // The Memory Display firmware of the KVT_MD file box.
+    clsOutcome cmdInstallKVTMemoryDisplay_Click();
+
+    // ---- Memory Display firmware: upload/clsApplicationFirmware.cpp ----
+    // " Don't Disconnect!" on the display's own screen, or blanks over it.
+    void writeMessageToDisplay(bool vbShow);
+    // The firmware download with its boxes; the error tells the front end how it went.
+    void subStartSoftwareDownload(clsError& rcError, const QString& vsFileName);
+
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
+    // The serial port could not be opened or went away; the text, naming the
+    // port and the system's reason, is also in the log.
+    void PortTrouble(const QString& vsText);
 
 private:
     friend class clsOperation;
@@ -184,6 +236,8 @@ private:
     void AttachCodec();
     void DetachCodec();
     void RunPortDiscovery();
+    // The port found replaces the one of the settings for this run.
+    void UseFoundPort(const clsFoundPort& vcFound);
     // Device link: one attempt of SendAndRetry.
     bool AnswerAccepted(quint8 vbyFunc, const QString& vsArguments,
                         const std::function<bool(const clsHalvexMsg&)>& vAnswerIsWhole);
@@ -199,6 +253,13 @@ private:
     // Record pipeline: the bodies of the two steps the window also runs alone.
     void CollectRoutes();
     void FillGrid();
+    // Upload: the check phase and the send phase of the ticked files of one page.
+    void UploadTicked(clsError& rcError, const std::vector<UploadType>& vcTypes, bool vbSkipAfterError);
+    clsOutcome UploadClick(const std::vector<UploadType>& vcTypes, const std::function<void(clsError&)>& vUpload);
+    // Firmware: the file checks, the 0xD9 handshake around the stream, the stream on the raw port.
+    bool FirmwareFileAccepted(clsError& rcError, const QString& vsFileName);
+    void DownloadFirmware(clsError& rcError, const QString& vsFileName);
+    void StreamFirmware(clsError& rcError, const QString& vsFileName);
     // Place table: made by Init (or by the first use in an application that was not started).
     void CreateGpsPlaces();
 
@@ -209,6 +270,9 @@ private:
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
+    // Auto-detection: the greeting of a display that was just plugged in.
+    void GreetNewDisplay();
+    void WriteScreenLine(const QString& vsText, quint8 vbyTop);
 
     clsPlatform mcPlatform;
     std::function<clsFoundPort(clsError&)> mPortDiscovery;
@@ -218,6 +282,7 @@ private:
     bool mbInitialised = false;
     bool mbMainWindowShown = false;
     bool mbAutoDetectionEnabled = false;
+    bool mbDetectionRound = false;
     bool mbCommunicationStopped = false;
     bool mbIDRequested = false;
     bool mbStatusBusy = false;
@@ -228,6 +293,8 @@ private:
     QDateTime mcRecordsTaken;
     clsStatus mcStatus;
     clsRecordSelection mcSelection;
+    clsUploadSelection mcUploadSelection;
+    bool mbVerifyUploads = false;
     std::unique_ptr<clsSettings> mcSettings;
     std::unique_ptr<clsLogger> mcLogger;
     std::unique_ptr<clsHalvexMsg> mcMessage;

@@ -2,6 +2,10 @@
 
 #include "data/clsFlashMemInfo.h"
 #include "data/clsRecordSelection.h"
+#include "upload/clsUpgradeFile.h"
+
+#include <QList>
+#include <QPair>
 
 #include <QDateTime>
 #include <QString>
@@ -12,7 +16,7 @@
 class clsCliOptions
 {
 public:
-    enum class Command { None, Download, Erase, Decode, Id, Ports };
+    enum class Command { None, Download, Erase, Decode, Id, UploadDb, UploadSoftware, UpdateFirmware, Ports };
     enum class Answer { Ask, Yes, No };
     enum class Outcome { Run, Help, Version, BadUsage };
 
@@ -41,11 +45,16 @@ public:
     QString msHome;
     QString msPlaces;
     Answer mAnswer = Answer::Ask;
+    // How often --yes answers OK when a silent display is to be tried again.
+    int mlReconnects = 2;
     bool mbSimulate = false;
     bool mbVerbose = false;
     clsFlashMemInfo mcGeometry;
     bool mbGeometryGiven = false;
     QString msDecodeDirectory;
+    // The upload files named (--ssl F …), in the order given; each ticks its type.
+    QList<QPair<UploadType, QString>> mcUploadFiles;
+    bool mbVerify = false;
     // When the page files of a decode were written (set by the caller, not parsed).
     QDateTime mcPagesTaken;
     // Whether questions can be put to a user: stdin and stderr are a terminal (set by the caller, not parsed).
@@ -58,6 +67,8 @@ private:
     bool SetPort(const QString& vsPort);
     bool SetShow(const QString& vsKinds);
     bool SetGeometry(const QString& vsGeometry);
+    bool SetUploadFile(const QString& vsOption, const QString& vsFile);
+    bool SetReconnects(const QString& vsCount);
     bool SetFormat(const QString& vsFormat);
     bool CheckComplete();
 

@@ -154,7 +154,8 @@ void clsTerminalWindow::Finish()
 
 void clsTerminalWindow::Write(const QString& vsText)
 {
-    std::fputs(vsText.toLocal8Bit().constData(), mcOut);
+    const QString lsText = mUserNames ? mUserNames(vsText) : vsText;
+    std::fputs(lsText.toLocal8Bit().constData(), mcOut);
     std::fflush(mcOut);
 }
 

@@ -56,6 +56,8 @@ public:
     void SetByteCounter(std::function<quint64()> vCounter) { mByteCounter = std::move(vCounter); }
     // Ends the progress line so that what follows starts on a fresh line.
     void Finish();
+    // Rewrites every text before it is shown: file names the user should see instead of the program's own.
+    void SetUserNames(std::function<QString(const QString&)> vUserNames) { mUserNames = std::move(vUserNames); }
     // False after ClearGrid until the next RecordsChanged: the grid shows only its header.
     bool ShowsRecords() const { return mbShowsRecords; }
     // The progress line as it stands now.
@@ -94,4 +96,5 @@ private:
     clsTerminalBar mcBars[3];
     bool mbShowsRecords = false;
     QMap<int, QString> mcUploadFiles;
+    std::function<QString(const QString&)> mUserNames;
 };

@@ -13,8 +13,6 @@
 namespace {
 // The initial best distance of the scan: a full circle of longitude, squared.
 constexpr double kFarAway = 46656000000000000.0;
-constexpr qint64 kInt32Max = std::numeric_limits<qint32>::max();
-constexpr qint64 kInt32Min = std::numeric_limits<qint32>::min();
 
 // The leading number of a text, leniently: blanks are skipped, anything that
 // is not a number gives 0, a fraction or exponent is allowed.

@@ -43,7 +43,10 @@ void clsApplication::AttachCodec()
     if (!lcPort)
         return;
     lcPort->SetOnComm([this]() { Err::Trap([this]() { mcCom_OnComm(); }); });
-    lcPort->SetOnError([this](const QString& vsText) { Err::Trap([&]() { Logger().AddErrorToLog(vsText); }); });
+    lcPort->SetOnError([this](const QString& vsText) {
+        Err::Trap([&]() { Logger().AddErrorToLog(vsText); });
+        emit PortTrouble(vsText);
+    });
 }
 
 // Received bytes stay in the port for whoever reads it now; port trouble is still logged.
@@ -59,14 +62,19 @@ void clsApplication::RunPortDiscovery()
     if (!mPortDiscovery)
         return;
     clsError lcError;
-    Err::Trap([&]() { mcUsbPort = mPortDiscovery(lcError); });
+    Err::Trap([&]() { UseFoundPort(mPortDiscovery(lcError)); });
+    HandleError(lcError);
+}
+
+void clsApplication::UseFoundPort(const clsFoundPort& vcFound)
+{
+    mcUsbPort = vcFound;
     ISerialPort* lcPort = mcPlatform.Port;
     if (mcUsbPort.Found && !mcUsbPort.Port.isEmpty() && lcPort) {
         if (lcPort->PortOpen())
             lcPort->SetPortOpen(false);
         lcPort->SetCommPort(mcUsbPort.Port);
     }
-    HandleError(lcError);
 }
 
 void clsApplication::StartAutoDetection()

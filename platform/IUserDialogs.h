@@ -19,6 +19,9 @@ public:
     virtual QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) = 0;
     // The open dialog for an existing file: the chosen name, empty when cancelled.
     virtual QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) = 0;
+    // The port dialog: vsPort is a port number or a device path, shown selected and
+    // replaced by the user's choice; false when cancelled.
+    virtual bool SelectComPort(QString& rsPort) { (void)rsPort; return false; }
     // The hourglass while the firmware is streamed.
     virtual void SetBusyCursor(bool vbBusy) { (void)vbBusy; }
 };

@@ -1,94 +1,21 @@
 // corvane as a user runs it: a separate process, against corvane-display-sim
 // on a pseudo-terminal through the real serial code, in real time.
 
-#include "TestFiles.h"
+#include "CorvaneProcess.h"
 #include "platform/Cp1252.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
-const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane");
-const QString kSimulator = QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim");
 const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
 // The geometry and ID the golden image was made with.
 const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
                               "--id", "12.0.34.5.6.7.8.9"};
 constexpr int kPageSize = 1024;
 
-struct clsRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-    qint64 ms = 0;
-};
-
-// Runs corvane with stdin a pipe, so it is not interactive.
-clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000)
-{
-    QProcess lcProcess;
-    QElapsedTimer lcTimer;
-    lcTimer.start();
-    lcProcess.start(kCorvane, vcArguments);
-    lcProcess.closeWriteChannel();
-    clsRun lcRun;
-    if (!lcProcess.waitForFinished(vlTimeoutMs)) {
-        lcProcess.kill();
-        lcProcess.waitForFinished();
-        lcRun.err = QStringLiteral("corvane did not finish in time\n");
-    } else if (lcProcess.exitStatus() == QProcess::NormalExit) {
-        lcRun.exitCode = lcProcess.exitCode();
-    }
-    lcRun.out = QString::fromLocal8Bit(lcProcess.readAllStandardOutput());
-    lcRun.err += QString::fromLocal8Bit(lcProcess.readAllStandardError());
-    lcRun.ms = lcTimer.elapsed();
-    return lcRun;
-}
-
-// The simulated display on a pty linked at rsLink; false when it did not come up.
-bool StartDisplay(QProcess& rcSim, const QTemporaryDir& vcDir, const QStringList& vcArguments, QString& rsLink)
-{
-    rsLink = vcDir.filePath(QStringLiteral("display"));
-    rcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    rcSim.start(kSimulator, vcArguments + QStringList{"--link", rsLink});
-    if (!rcSim.waitForStarted(3000))
-        return false;
-    while (!rcSim.canReadLine())
-        if (!rcSim.waitForReadyRead(3000))
-            return false;
-    return QFileInfo::exists(rsLink);
-}
-
-bool StopDisplay(QProcess& rcSim)
-{
-    rcSim.terminate();
-    return rcSim.waitForFinished(3000) && rcSim.exitStatus() == QProcess::NormalExit && rcSim.exitCode() == 0;
-}
-
-// A page file as a download leaves it: each byte in decimal on a line of its own, CR LF.
 void WritePageFile(const QString& vsPath, const QByteArray& vcPage)
 {
-    QByteArray lcText;
-    for (char lcByte : vcPage)
-        lcText += QByteArray::number(quint8(lcByte)) + "\r\n";
-    QFile lcFile(vsPath);
-    QVERIFY(lcFile.open(QIODevice::WriteOnly));
-    lcFile.write(lcText);
-}
-
-QMap<QString, QByteArray> Snapshot(const QString& vsDirectory)
-{
-    QMap<QString, QByteArray> lcFiles;
-    for (QDirIterator lcIt(vsDirectory, QDir::Files, QDirIterator::Subdirectories); lcIt.hasNext();) {
-        const QString lsPath = lcIt.next();
-        lcFiles[lsPath] = ReadAll(lsPath);
-    }
-    return lcFiles;
+    WriteAll(vsPath, PageFileText(vcPage));
 }
 }
 

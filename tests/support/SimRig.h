@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TestApp.h"
+#include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimSerialPort.h"
 
@@ -13,9 +14,25 @@ struct SimRig {
                           [this](quint32 vlDelay, std::function<void()> vAction) {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
-    TestApp t{&port};
+    TestApp t;
+    // The Memory Display's bootloader behind the display, after it said yes to 0xD9.
+    clsSimBootloader bootloader;
+    // Every byte the bootloader was given, in order.
+    QByteArray bootloaderReceived;
 
-    SimRig() { clock = &t.clock; }
+    // vcWindow: the real main window instead of the recording one.
+    explicit SimRig(IMainWindow* vcWindow = nullptr)
+        : t(&port, true, vcWindow)
+    {
+        clock = &t.clock;
+        display.SetBootloaderHook([this](const QByteArray& vcBytes) {
+            bootloaderReceived += vcBytes;
+            BootloaderReply lcReply{bootloader.Receive(vcBytes), bootloader.Restarted()};
+            if (lcReply.restarted)
+                bootloader.Reset();
+            return lcReply;
+        });
+    }
     clsApplication& app() { return *t.app; }
 
     // The function codes of the requests the display received, in order.

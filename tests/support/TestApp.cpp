@@ -3,13 +3,14 @@
 #include <QFile>
 #include <QRegularExpression>
 
-TestApp::TestApp(ISerialPort* vcPort, bool vbInit)
+TestApp::TestApp(ISerialPort* vcPort, bool vbInit, IMainWindow* vcWindow)
 {
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &clock;
     lcPlatform.Dialogs = &dialogs;
-    lcPlatform.MainWindow = &window;
+    lcPlatform.MainWindow = vcWindow ? vcWindow : &window;
     lcPlatform.Port = vcPort;
+    lcPlatform.Registry = &registry;
     lcPlatform.HomeDir = home.path();
     app = std::make_unique<clsApplication>(lcPlatform);
     if (vbInit)

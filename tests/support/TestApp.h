@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FakeMainWindow.h"
+#include "FakeRegistry.h"
 #include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "platform/VirtualClock.h"
@@ -12,7 +13,8 @@
 // An application on the virtual clock with scripted dialogs, a recording
 // window and its own temporary home directory.
 struct TestApp {
-    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true);
+    // vcWindow: the real main window instead of the recording one.
+    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true, IMainWindow* vcWindow = nullptr);
     ~TestApp();
 
     QString Home() const { return home.path() + QLatin1Char('/'); }
@@ -23,5 +25,6 @@ struct TestApp {
     VirtualClock clock;
     FakeUserDialogs dialogs;
     FakeMainWindow window;
+    FakeRegistry registry;
     std::unique_ptr<clsApplication> app;
 };

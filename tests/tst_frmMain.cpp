@@ -1,0 +1,484 @@
+// The main window under the offscreen platform, on the virtual clock against
+// the simulated display: every control by its name and caption, the tabs, the
+// frame around each action, the record grid's filter, the placeholders, the
+// quit question, the About box and the port dialog.
+
+#include "SimRig.h"
+#include "app/clsSettings.h"
+#include "data/clsHalvexRecord.h"
+#include "data/clsRecordCollection.h"
+#include "sim/clsSimDataGenerator.h"
+#include "sim/clsSimFaults.h"
+#include "ui/clsRecordTableModel.h"
+#include "ui/frmAbout.h"
+#include "ui/frmMain.h"
+#include "ui/frmSelectComPort.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableView>
+#include <QtTest>
+
+namespace {
+// The window on a simulated display holding a few generated days.
+struct WindowRig {
+    frmMain window;
+    SimRig rig{&window};
+
+    // Two days of driving hold trips and alarms; every kind of record needs about eight.
+    explicit WindowRig(int vlDays = 2)
+    {
+        window.Attach(rig.app());
+        if (vlDays > 0) {
+            QByteArray lcFlash = rig.display.Flash();
+            QString lsError;
+            clsSimDataGenerator::FillLog(lcFlash, rig.display.FirstPage(), rig.display.LastPage(),
+                                         rig.display.SizeOnePage(), 7, vlDays, lsError);
+            rig.display.SetFlash(lcFlash);
+        }
+    }
+    clsApplication& app() { return rig.app(); }
+    template <typename T>
+    T* Find(const QString& vsName)
+    {
+        return window.findChild<T*>(vsName);
+    }
+    void Click(const QString& vsName)
+    {
+        QAbstractButton* lcButton = Find<QAbstractButton>(vsName);
+        QVERIFY2(lcButton, qPrintable(vsName));
+        lcButton->click();
+    }
+    // Runs the test's body as Start runs the window: shown, auto-detection on.
+    void Show()
+    {
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+    }
+    QString StatusLine() const
+    {
+        return window.findChild<QLabel*>(QStringLiteral("lblStatusLine"))->text().left(90).trimmed();
+    }
+};
+
+QString Caption(QObject* vcControl)
+{
+    if (auto* lcButton = qobject_cast<QAbstractButton*>(vcControl))
+        return lcButton->text();
+    if (auto* lcBox = qobject_cast<QGroupBox*>(vcControl))
+        return lcBox->title();
+    if (auto* lcLabel = qobject_cast<QLabel*>(vcControl))
+        return lcLabel->text();
+    if (auto* lcMenu = qobject_cast<QMenu*>(vcControl))
+        return lcMenu->title();
+    if (auto* lcAction = qobject_cast<QAction*>(vcControl))
+        return lcAction->text();
+    if (auto* lcText = qobject_cast<QPlainTextEdit*>(vcControl))
+        return lcText->toPlainText();
+    return QString();
+}
+}
+
+class tst_frmMain : public QObject
+{
+    Q_OBJECT
+private slots:
+    // The application's timers share one event loop: one rig at a time.
+    void init()
+    {
+        if (QByteArray(QTest::currentTestFunction()) != "gridFilter")
+            mcFilterRig.reset();
+    }
+    void cleanupTestCase() { mcFilterRig.reset(); }
+    void controls_data();
+    void controls();
+    void firstActivation();
+    void frame_data();
+    void frame();
+    void gridFilter_data();
+    void gridFilter();
+    void placeholders_data();
+    void placeholders();
+    void quitQuestion_data();
+    void quitQuestion();
+    void noDetectionDuringOperation();
+    void about_data();
+    void about();
+    void portDialog();
+
+private:
+    // One download serves every row of the filter table.
+    std::unique_ptr<WindowRig> mcFilterRig;
+};
+
+void tst_frmMain::controls_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("caption");
+
+    const QList<QPair<const char*, const char*>> lcControls = {
+        {"Frame5", "Logging selection"},
+        {"cheRitRegistratie", "Route log"},
+        {"chePoliceCheck", "PoliceCheck"},
+        {"cheRitRegistratieTankstop", "Tank stop"},
+        {"chePoliceCheckTc", "PoliceCheck TC"},
+        {"cmdSaveRouteAndPoliceTable", "&Save"},
+        {"cmdClearRouteAndPoliceTable", "Clear &Log"},
+        {"cmdExportRouteAndPoliceToExcel", "E&xport"},
+        {"Frame1", "KVT Memory Display Data"},
+        {"cheShowRoute", "Show route"},
+        {"cheDebugRoute", "DBG route"},
+        {"cheDebugKmCorrection", "DBG kmCo"},
+        {"cmdClearFlash", "&Clear Display"},
+        {"cmdDownload", "C&opy"},
+        {"flexGrid", ""},
+        {"lblClearFlash", "Clear KVT Memory Display's Route Logging and PoliceCheck data"},
+        {"lblDownload", "Copy Route Logging and PoliceCheck data from the KVT Memory Display to Corvane Desktop"},
+        {"lblSave", "Save Route Logging and PoliceCheck data"},
+        {"lblClearLog", "Clear all Route Logging and PoliceCheck data"},
+        {"lblExport", "Export upper table to Excel file for working with it in Excel."},
+        {"Frame3", "KVT Memory Display Data"},
+        {"chkSelectFileSSL", "Select new Corvane SpotList for the KVT"},
+        {"chkSelectFileSFL", "Select new Corvane FalseList for the KVT"},
+        {"chkSelectFileUSL", "Select new User SpotList for the KVT"},
+        {"chkSelectFileUFL", "Select new User FalseList for the KVT"},
+        {"txtUpdateDbSSL", ""}, {"txtUpdateDbSFL", ""}, {"txtUpdateDbUSL", ""}, {"txtUpdateDbUFL", ""},
+        {"cmdSelectFileSSL", "&Select"}, {"cmdSelectFileSFL", "&Select"},
+        {"cmdSelectFileUSL", "&Select"}, {"cmdSelectFileUFL", "&Select"},
+        {"cmdClearKvtDisplay", "&Clear Display"},
+        {"cmdUploadDatabases", "&Upload"},
+        {"lblUploadDatabases", "Upload SpotList and FalseList data to the KVT Memory Display"},
+        {"lblClearKvtDisplay", "Clear KVT Memory Display's SpotList and FalseList data"},
+        {"fraOperatingSystem", "Corvane Operating System"},
+        {"chkSelectKVTCC", "Select new Corvane Operating System for the KVT"},
+        {"chkSelectKVTSA", "Select new KVT Spectrum Analyser Firmware"},
+        {"chkSelectKVTSND", "Select new sounds for the KVT"},
+        {"txtSelectKVTCC", ""}, {"txtSelectKVTSA", ""}, {"txtSelectKVTSND", ""},
+        {"cmdSelectKVTCC", "&Select"}, {"cmdSelectKVTSA", "&Select"}, {"cmdSelectKVTSND", "&Select"},
+        {"cmdInstallKVTSoftware", "&Upload"},
+        {"lblInstallKVTSoftware", "Upload selected software to the KVT Memory Display"},
+        {"Frame4", "Memory Display"},
+        {"txtMdWarning", "Don't disconnect the Memory Display while downloading firmware. \n\nPLEASE WAIT !!\n"},
+        {"txtSelectKVTMD", ""},
+        {"cmdSelectKVTMD", "&Select"},
+        {"cmdInstallKVTMemoryDisplay", "&Update"},
+        {"ProgressBarDownload", ""},
+        {"lblInstallKVTMemoryDisplay", "Update KVT Memory Display"},
+        {"lblSelectKVTMD", "Select new KVT Memory Display Firmware"},
+        {"Frame2", "KVT Memory Display Data"},
+        {"cmdRetreiveSpotAndFalseList", "C&opy"},
+        {"cmdClearSpotAndFalseList", "&Clear Display"},
+        {"cmdExportToExcelStopAndFalseList", "E&xport"},
+        {"cmdClearStopandFalseTable", "Clear &Data"},
+        {"cmdSaveSpotAndFalseList", "&Save"},
+        {"MSFlexGrid1", ""},
+        {"lblSpotAndFalseList", "SpotList and FalseList data:"},
+        {"pBarBig", ""}, {"pBarSmall", ""}, {"stsStatus", ""},
+        {"cmdExit", "&Exit"},
+        {"lblExit", "Exit Corvane Desktop application"},
+        {"mnu_File", "&File"}, {"mnu_Exit", "E&xit"},
+        {"mnu_Setup", "Set up"}, {"mnu_MainCom", "Comport"},
+        {"mnu_Help", "Help"}, {"mnu_About", "About"},
+    };
+    for (const auto& lcControl : lcControls)
+        QTest::newRow(lcControl.first) << QString::fromLatin1(lcControl.first) << QString::fromUtf8(lcControl.second);
+}
+
+void tst_frmMain::controls()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, caption);
+
+    frmMain lcWindow;
+    const QList<QObject*> lcFound = lcWindow.findChildren<QObject*>(name);
+    QCOMPARE(lcFound.size(), 1);
+    QCOMPARE(Caption(lcFound.first()), caption);
+}
+
+// The documented access keys are Alt and the letter after "&": "C&opy" is Alt+O.
+void tst_frmMain::firstActivation()
+{
+    WindowRig w;
+    w.app().Settings().SetLastFilenames(1, QStringLiteral("/data/spots.ssl"));
+    w.app().Settings().SetLastFilenames(12, QStringLiteral("/data/sounds.kvt_snd"));
+    QCOMPARE(w.window.windowTitle(), QStringLiteral("KVT Desktop"));
+    w.Show();
+    QCOMPARE(w.window.windowTitle(), QStringLiteral("Corvane Desktop"));
+
+    auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"));
+    QStringList lcCaptions, lcKeys, lcPages;
+    for (int i = 0; i < lcTabs->count(); ++i) {
+        lcCaptions << lcTabs->tabText(i);
+        lcKeys << w.window.TabKey(i);
+        lcPages << lcTabs->widget(i)->objectName();
+    }
+    QCOMPARE(lcCaptions, (QStringList{"Get Route Logging and PoliceCheck", "Update Display",
+                                      "Update Corvane Operating System", "Update SpotList"}));
+    QCOMPARE(lcKeys, (QStringList{"1A", "4A", "3A", "2A"}));
+    for (int i = 0; i < lcKeys.size(); ++i)
+        QCOMPARE(lcPages.at(i), QStringLiteral("pctShifting_") + lcKeys.at(i).left(1));
+    QCOMPARE(lcTabs->currentIndex(), 0);
+    QVERIFY(!w.Find<QWidget>(QStringLiteral("pctShifting_5"))->isVisible());
+    QVERIFY(lcTabs->indexOf(w.Find<QWidget>(QStringLiteral("pctShifting_5"))) < 0);
+
+    QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->rowCount() + 1, 14);
+    QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->columnCount(), 21);
+    QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtUpdateDbSSL"))->text(), QStringLiteral("/data/spots.ssl"));
+    QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtSelectKVTSND"))->text(), QStringLiteral("/data/sounds.kvt_snd"));
+    QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdDownload"))->text()),
+             QKeySequence(Qt::ALT | Qt::Key_O));
+    QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdClearRouteAndPoliceTable"))->text()),
+             QKeySequence(Qt::ALT | Qt::Key_L));
+}
+
+void tst_frmMain::frame_data()
+{
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<bool>("silent");
+    QTest::addColumn<QList<MsgResult>>("answers");
+    QTest::addColumn<QString>("status");
+
+    QTest::newRow("Copy") << "cmdDownload" << false << QList<MsgResult>{} << "Copied";
+    QTest::newRow("Copy, display silent, cancelled") << "cmdDownload" << true << QList<MsgResult>{MsgResult::Cancel}
+                                                     << "Action cancelled by user.";
+    QTest::newRow("Route log box") << "cheRitRegistratie" << false << QList<MsgResult>{} << "Copied";
+    QTest::newRow("DBG kmCo box") << "cheDebugKmCorrection" << false << QList<MsgResult>{} << "Copied";
+    QTest::newRow("Show route") << "cheShowRoute" << false << QList<MsgResult>{} << "Copied";
+    QTest::newRow("Clear Log") << "cmdClearRouteAndPoliceTable" << false << QList<MsgResult>{MsgResult::Yes} << "";
+}
+
+// Disabled while the operation works (sampled at every status change),
+// enabled after it, also after an error.
+void tst_frmMain::frame()
+{
+    QFETCH(QString, control);
+    QFETCH(bool, silent);
+    QFETCH(QList<MsgResult>, answers);
+    QFETCH(QString, status);
+
+    WindowRig w;
+    w.Show();
+    auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
+    auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar();
+    auto* lcFile = w.Find<QMenu>(QStringLiteral("mnu_File"));
+    auto* lcBox = w.Find<QCheckBox>(QStringLiteral("chePoliceCheck"));
+    QList<bool> lcDuring;
+    const auto lcSample = [&]() {
+        if (w.app().CommunicationIsRunning())
+            lcDuring << (lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled()
+                     || lcBox->isEnabled());
+    };
+    connect(&w.app(), &clsApplication::StatusShown, this, lcSample);
+    connect(&w.window.GridModel(), &QAbstractItemModel::modelReset, this, lcSample);
+    if (silent) {
+        clsSimFaults lcFaults;
+        lcFaults.SilentFromRequest = 1;
+        w.rig.display.SetFaults(lcFaults);
+    }
+    for (MsgResult lcAnswer : answers)
+        w.rig.t.dialogs.answers << lcAnswer;
+    w.Click(control);
+    QVERIFY(!lcDuring.isEmpty());
+    QVERIFY(!lcDuring.contains(true));
+    QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
+    QVERIFY2(status.isEmpty() || w.StatusLine().startsWith(status), qPrintable(w.StatusLine()));
+    QVERIFY(!w.app().CommunicationIsRunning());
+}
+
+void tst_frmMain::gridFilter_data()
+{
+    QTest::addColumn<QStringList>("boxes");
+    QTest::addColumn<QList<int>>("types");
+
+    QTest::newRow("all cleared: header only") << QStringList{} << QList<int>{};
+    QTest::newRow("Route log") << QStringList{"cheRitRegistratie"} << QList<int>{2};
+    QTest::newRow("PoliceCheck: radar and spot") << QStringList{"chePoliceCheck"} << QList<int>{3, 4};
+    QTest::newRow("Tank stop and PoliceCheck TC") << QStringList{"cheRitRegistratieTankstop", "chePoliceCheckTc"}
+                                                  << QList<int>{7, 5};
+    QTest::newRow("DBG route") << QStringList{"cheDebugRoute"} << QList<int>{6};
+    QTest::newRow("every box") << QStringList{"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
+                                              "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"}
+                               << QList<int>{2, 3, 4, 5, 6, 7, 8};
+}
+
+// The rows are the valid records of the ticked kinds in record order, each once.
+void tst_frmMain::gridFilter()
+{
+    QFETCH(QStringList, boxes);
+    QFETCH(QList<int>, types);
+
+    if (!mcFilterRig) {
+        mcFilterRig = std::make_unique<WindowRig>(8);
+        mcFilterRig->Show();
+        mcFilterRig->Click(QStringLiteral("cmdDownload"));
+    }
+    WindowRig& w = *mcFilterRig;
+    const QStringList lcAll = {"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
+                               "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"};
+    for (const QString& lsBox : lcAll) {
+        if (w.Find<QCheckBox>(lsBox)->isChecked() != boxes.contains(lsBox))
+            w.Click(lsBox);
+    }
+    QStringList lcExpected;
+    clsRecordCollection& lcRecords = w.app().Records();
+    for (int i = 1; i <= lcRecords.Count(); ++i) {
+        clsHalvexRecord& lcRecord = lcRecords.Item(i);
+        if (lcRecord.IsValid() && types.contains(lcRecord.RecordType()))
+            lcExpected << lcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), false);
+    }
+    QAbstractItemModel* lcModel = w.Find<QTableView>(QStringLiteral("flexGrid"))->model();
+    QStringList lcShown;
+    for (int r = 0; r < lcModel->rowCount(); ++r) {
+        QStringList lcCells;
+        for (int c = 0; c < lcModel->columnCount(); ++c)
+            lcCells << lcModel->index(r, c).data().toString();
+        lcShown << lcCells.join(QLatin1Char('\t'));
+    }
+    QCOMPARE(lcShown, lcExpected);
+    QVERIFY(types.isEmpty() || !lcExpected.isEmpty());
+}
+
+void tst_frmMain::placeholders_data()
+{
+    QTest::addColumn<QString>("control");
+    for (const char* lcName : {"cmdExportRouteAndPoliceToExcel", "cmdExportToExcelStopAndFalseList",
+                               "cmdRetreiveSpotAndFalseList", "cmdSaveSpotAndFalseList"})
+        QTest::newRow(lcName) << QString::fromLatin1(lcName);
+}
+
+void tst_frmMain::placeholders()
+{
+    QFETCH(QString, control);
+
+    WindowRig w(0);
+    w.Show();
+    w.app().SetDataSaved(false);
+    const int llRows = w.window.GridModel().rowCount();
+    const int llRequests = w.rig.display.Requests().size();
+    w.Click(control);
+    QCOMPARE(w.rig.t.dialogs.boxes.size(), 1);
+    QCOMPARE(w.rig.t.dialogs.boxes.first().text, QStringLiteral("Functionality not implemented"));
+    QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
+    QCOMPARE(w.window.GridModel().rowCount(), llRows);
+    QCOMPARE(w.rig.display.Requests().size(), llRequests);
+    QVERIFY(!w.app().DataSaved());
+}
+
+void tst_frmMain::quitQuestion_data()
+{
+    QTest::addColumn<bool>("copied");
+    QTest::addColumn<QList<MsgResult>>("answers");
+    QTest::addColumn<bool>("closed");
+
+    QTest::newRow("unsaved, No keeps everything") << true << QList<MsgResult>{MsgResult::No} << false;
+    QTest::newRow("unsaved, Yes quits") << true << QList<MsgResult>{MsgResult::Yes} << true;
+    QTest::newRow("nothing unsaved: no question") << false << QList<MsgResult>{} << true;
+}
+
+void tst_frmMain::quitQuestion()
+{
+    QFETCH(bool, copied);
+    QFETCH(QList<MsgResult>, answers);
+    QFETCH(bool, closed);
+
+    WindowRig w;
+    w.Show();
+    if (copied)
+        w.Click(QStringLiteral("cmdDownload"));
+    const int llRows = w.window.GridModel().rowCount();
+    for (MsgResult lcAnswer : answers)
+        w.rig.t.dialogs.answers << lcAnswer;
+    w.Click(QStringLiteral("cmdExit"));
+    QCOMPARE(w.rig.t.dialogs.boxes.size(), answers.size());
+    if (!answers.isEmpty()) {
+        QCOMPARE(w.rig.t.dialogs.boxes.first().text,
+                 QStringLiteral("Information is not saved.\r\nAre you sure you want to quite?"));
+        QCOMPARE(w.rig.t.dialogs.boxes.first().buttons, MsgButtons::YesNo);
+        QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
+    }
+    QCOMPARE(w.window.isVisible(), !closed);
+    QCOMPARE(w.app().DataSaved(), closed);
+    QCOMPARE(w.window.GridModel().rowCount(), llRows);
+}
+
+// A display plugged in during a Copy is greeted only after the Copy.
+void tst_frmMain::noDetectionDuringOperation()
+{
+    WindowRig w;
+    w.app().Start([&]() {
+        w.Show();
+        w.rig.clock->Advance(900);
+        w.rig.display.SetJustConnected(true);
+        w.Click(QStringLiteral("cmdDownload"));
+        QVERIFY(!w.rig.Funcs().contains(0xD0));
+        QVERIFY2(w.rig.clock->timeGetTime() > 1000, qPrintable(QString::number(w.rig.clock->timeGetTime())));
+        w.rig.clock->Advance(1100);
+        QCOMPARE(w.rig.display.ScreenText().value(0), QStringLiteral("Connected to"));
+    });
+}
+
+void tst_frmMain::about_data()
+{
+    QTest::addColumn<QList<int>>("version");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("1.2.31") << QList<int>{1, 2, 31} << "Version: 1.2.31";
+    QTest::newRow("revision 0 shown") << QList<int>{2, 0, 0} << "Version: 2.0.0";
+}
+
+void tst_frmMain::about()
+{
+    QFETCH(QList<int>, version);
+    QFETCH(QString, text);
+
+    QCOMPARE(frmAbout::VersionText(version.at(0), version.at(1), version.at(2)), text);
+    frmAbout lcAbout;
+    QCOMPARE(lcAbout.windowTitle(), QStringLiteral("Corvane Desktop"));
+    QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblTxtKVTDesktop"))->text(), QStringLiteral("Corvane Desktop"));
+    QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblVersion"))->text(),
+             QStringLiteral("Version: ") + clsApplication::VersionString());
+    auto* lcOk = lcAbout.findChild<QPushButton*>(QStringLiteral("cmdOk"));
+    QCOMPARE(lcOk->text(), QStringLiteral("&Ok"));
+    lcAbout.show();
+    lcOk->click();
+    QVERIFY(!lcAbout.isVisible());
+}
+
+void tst_frmMain::portDialog()
+{
+    const QList<IRegistry::SerialDevice> lcDevices = {
+        {QStringLiteral("/dev/ttyS0"), QStringLiteral("built-in"), false, 0, 0},
+        {QStringLiteral("/dev/ttyUSB0"), QStringLiteral("FT232R"), true, 0x0403, 0xE990},
+        {QStringLiteral("COM4"), QString(), false, 0, 0},
+    };
+    frmSelectComPort lcDialog(lcDevices);
+    QCOMPARE(lcDialog.windowTitle(), QStringLiteral("Setup Com-Port"));
+    auto* lcList = lcDialog.findChild<QComboBox*>(QStringLiteral("cboComport"));
+    QStringList lcEntries;
+    for (int i = 0; i < lcList->count(); ++i)
+        lcEntries << lcList->itemText(i);
+    QCOMPARE(lcEntries, (QStringList{"Com1", "Com2", "Com3", "Com4", "Com5", "Com6", "Com7", "Com8", "Com9",
+                                     "/dev/ttyS0  (built-in)", "/dev/ttyUSB0  (KVT USB interface)"}));
+    lcDialog.SetComport(QStringLiteral("3"));
+    QCOMPARE(lcList->currentText(), QStringLiteral("Com3"));
+    QCOMPARE(lcDialog.GetComport(), QStringLiteral("3"));
+    lcDialog.SetComport(QStringLiteral("/dev/ttyUSB0"));
+    QCOMPARE(lcDialog.GetComport(), QStringLiteral("/dev/ttyUSB0"));
+    lcDialog.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
+    QVERIFY(!lcDialog.OkPressed());
+    lcDialog.findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
+    QVERIFY(lcDialog.OkPressed());
+}
+
+QTEST_MAIN(tst_frmMain)
+#include "tst_frmMain.moc"
