@@ -9,10 +9,12 @@
 #include "app/clsOperation.h"
 #include "app/clsStatus.h"
 #include "data/clsRecordSelection.h"
+#include "export/clsExportContext.h"
 #include "link/clsFoundPort.h"
 #include "upload/clsUploadSelection.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <functional>
@@ -170,6 +172,16 @@ public:
     bool DataSaved() const { return mbDataSaved; }
     void SetDataSaved(bool vbSaved) { mbDataSaved = vbSaved; }
     bool CheckFileExists(const QString& vsPath) const;
+    // "Export as": asks for the file (the save dialog, or -o on the command
+    // line) and writes what the table shows in vsFormat, or when that is empty
+    // in the format of the file's extension (txt, csv, xlsx, gpx, kml, pdf).
+    void ExportAs(clsError& rcError, const QString& vsFormat = QString());
+    // Writes the records to vsFileName in vsFormat without asking anything.
+    void ExportToFile(clsError& rcError, const QString& vsFileName, const QString& vsFormat);
+    // What an export writes beside the records: selection, display ID, when they were copied.
+    clsExportContext ExportContext() const;
+    QDateTime RecordsTaken() const { return mcRecordsTaken; }
+    void SetRecordsTaken(const QDateTime& vcWhen) { mcRecordsTaken = vcWhen; }
 
     // ---- Upload to the display: upload/clsApplicationUpload.cpp ----
     // The choose family: a file dialog for the type, the choice kept in the
@@ -252,6 +264,9 @@ private:
     void CreateGpsPlaces();
 
     void StartLogging();
+    // Export: the program's own replace question of the save dialogs.
+    bool MayReplace(const QString& vsFileName);
+
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
@@ -275,6 +290,7 @@ private:
     qint32 mlRunningCount = 0;
     QString msDisplayId;
     mutable QString msStdDirectory;
+    QDateTime mcRecordsTaken;
     clsStatus mcStatus;
     clsRecordSelection mcSelection;
     clsUploadSelection mcUploadSelection;

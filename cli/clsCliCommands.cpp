@@ -48,6 +48,8 @@ int clsCliCommands::Run()
         return Upload(true);
     case clsCliOptions::Command::UpdateFirmware:
         return UpdateFirmware();
+    // Listed before the application starts: no port is opened for it.
+    case clsCliOptions::Command::Ports:
     case clsCliOptions::Command::None:
         break;
     }
@@ -72,7 +74,12 @@ void clsCliCommands::Save(clsError& rcError)
         mcWindow.PrintLine(QStringLiteral("Not saved: -o FILE saves the records as a tab-delimited file."));
         return;
     }
-    mcApplication.SaveToDisk(rcError);
+    // The tab-delimited file goes through the window's Save, its setting and questions included.
+    const QString lsFormat = mcOptions.ExportFormat();
+    if (lsFormat == QLatin1String("txt"))
+        mcApplication.SaveToDisk(rcError);
+    else
+        mcApplication.ExportAs(rcError, lsFormat);
 }
 
 int clsCliCommands::Download()

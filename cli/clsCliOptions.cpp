@@ -1,5 +1,7 @@
 #include "cli/clsCliOptions.h"
 
+#include "export/clsExportFormats.h"
+
 #include <QSet>
 
 namespace {
@@ -8,6 +10,7 @@ const QSet<QString> kValueOptions = {
     QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--geometry"), QStringLiteral("--reconnect"),
     QStringLiteral("--ssl"), QStringLiteral("--sfl"), QStringLiteral("--usl"), QStringLiteral("--ufl"),
     QStringLiteral("--kvt"), QStringLiteral("--kvt-sa"), QStringLiteral("--kvt-snd"), QStringLiteral("--kvt-md"),
+    QStringLiteral("--format"),
 };
 // The options of each upload command: its file types, and the read-back.
 const QSet<QString> kDatabaseOptions = {QStringLiteral("--ssl"), QStringLiteral("--sfl"), QStringLiteral("--usl"),
@@ -19,9 +22,11 @@ const QSet<QString> kCommonOptions = {
     QStringLiteral("--port"), QStringLiteral("--home"), QStringLiteral("--places"), QStringLiteral("--yes"),
     QStringLiteral("--no"), QStringLiteral("--simulate"), QStringLiteral("-v"), QStringLiteral("--verbose"),
     QStringLiteral("--reconnect"),
+    QStringLiteral("-q"), QStringLiteral("--quiet"),
 };
 const QSet<QString> kSaveOptions = {
     QStringLiteral("-o"), QStringLiteral("--output"), QStringLiteral("--print"), QStringLiteral("--show"),
+    QStringLiteral("--format"),
 };
 // No display takes part in a decode, and it runs in a home of its own (the
 // page files are copied there), so the options that choose either are refused.
@@ -43,6 +48,7 @@ const QString kSimulateHelp = QStringLiteral(
     "  --simulate      use the built-in simulated display full of generated trips\n");
 const QString kVerboseHelp = QStringLiteral(
     "  -v, --verbose   also show the log lines on stderr\n"
+    "  -q, --quiet     print nothing but errors (and questions that need an answer)\n"
     "  --help          this text\n");
 const QString kCommonHelp =
     QStringLiteral("\nCommon options:\n") + kPortHelp + kQuestionHelp + kReconnectHelp + kSimulateHelp + kVerboseHelp;
@@ -58,7 +64,10 @@ const QString kUploadIntro = QStringLiteral(
     "when the question \"Display not empty do you whish to continue?\" is answered yes.\n\n");
 
 const QString kSaveHelp = QStringLiteral(
-    "  -o FILE         save the records as a tab-delimited text file\n"
+    "  -o FILE         save the records; the extension chooses the format: .txt the\n"
+    "                  tab-delimited file, .csv, .xlsx (Excel), .gpx and .kml (maps,\n"
+    "                  one track a trip), .pdf (a printable mileage register)\n"
+    "  --format FMT    the format whatever the extension: txt, csv, xlsx, gpx, kml, pdf\n"
     "  --print         print the table (header and shown rows, tab-separated) on stdout\n"
     "  --show KINDS    the kinds of record the table shows, comma-separated, from\n"
     "                  route, police, tank, tc, dbg-route, dbg-km, all, none\n"
@@ -82,6 +91,8 @@ QString clsCliOptions::CommandName(Command vCommand)
         return QStringLiteral("upload-software");
     case Command::UpdateFirmware:
         return QStringLiteral("update-firmware");
+    case Command::Ports:
+        return QStringLiteral("ports");
     case Command::None:
         break;
     }
@@ -93,8 +104,9 @@ QString clsCliOptions::ProgramHelp()
     return QStringLiteral(
                "Usage: corvane COMMAND [OPTIONS]\n"
                "Corvane Desktop on the command line: copy the logged trips and alarms out of a\n"
-               "KVT Memory Display, save them as a tab-delimited file, erase the display, load\n"
-               "new databases and software into it.\n"
+               "KVT Memory Display, save them as a tab-delimited file (or for a spreadsheet,\n"
+               "a map or as a printable mileage register), erase the display, load new\n"
+               "databases and software into it.\n"
                "\n"
                "Commands:\n"
                "  download   copy the logged data from the display and save it (-o FILE)\n"
@@ -103,7 +115,8 @@ QString clsCliOptions::ProgramHelp()
                "  id         show the display's ID\n"
                "  upload-db  load warning databases into the display (--ssl --sfl --usl --ufl)\n"
                "  upload-software  load the display's software (--kvt --kvt-sa --kvt-snd)\n"
-               "  update-firmware  update the Memory Display's firmware (--kvt-md)\n")
+               "  update-firmware  update the Memory Display's firmware (--kvt-md)\n"
+               "  ports      list the serial ports and mark the KVT USB interface\n")
         + kCommonHelp
         + QStringLiteral("  --version       the program's version\n"
                          "\n"
@@ -168,6 +181,11 @@ QString clsCliOptions::CommandHelp(Command vCommand)
                               "Options:\n"
                               "  --kvt-md F      the Memory Display firmware (.kvt_md); remembered\n")
             + kCommonHelp;
+    case Command::Ports:
+        return QStringLiteral("Usage: corvane ports\n"
+                              "Lists the serial ports: device path, vendor:product, description and serial\n"
+                              "number; the KVT USB interface (0403:e990) is marked. Any of them can be given\n"
+                              "to --port.\n");
     case Command::None:
         break;
     }
@@ -231,7 +249,8 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
             lcGiven.append({lsName, lsValue});
         } else if (mCommand == Command::None) {
             for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id,
-                                      Command::UploadDb, Command::UploadSoftware, Command::UpdateFirmware}) {
+                                      Command::UploadDb, Command::UploadSoftware, Command::UpdateFirmware,
+                                      Command::Ports}) {
                 if (CommandName(lcCommand) == lsArgument)
                     mCommand = lcCommand;
             }
@@ -265,6 +284,8 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
 
 bool clsCliOptions::Accepts(const QString& vsName) const
 {
+    if (mCommand == Command::Ports)
+        return false;
     if (mCommand == Command::Decode)
         return vsName == QLatin1String("--geometry") || kSaveOptions.contains(vsName)
             || (kCommonOptions.contains(vsName) && !kNotForDecode.contains(vsName));
@@ -312,6 +333,10 @@ bool clsCliOptions::TakeOption(const QString& vsName, const QString& vsValue)
         mbSimulate = true;
     else if (vsName == QLatin1String("-v") || vsName == QLatin1String("--verbose"))
         mbVerbose = true;
+    else if (vsName == QLatin1String("-q") || vsName == QLatin1String("--quiet"))
+        mbQuiet = true;
+    else if (vsName == QLatin1String("--format"))
+        return SetFormat(vsValue);
     else if (vsName == QLatin1String("--yes") || vsName == QLatin1String("--no")) {
         const Answer lcAnswer = vsName == QLatin1String("--yes") ? Answer::Yes : Answer::No;
         if (mAnswer != Answer::Ask && mAnswer != lcAnswer)
@@ -360,6 +385,23 @@ bool clsCliOptions::SetShow(const QString& vsKinds)
                           + QStringLiteral("\" for --show (route, police, tank, tc, dbg-route, dbg-km, all, none)"));
     }
     mcSelection = lcSelection;
+    return true;
+}
+
+QString clsCliOptions::ExportFormat() const
+{
+    if (!msFormat.isEmpty())
+        return msFormat;
+    const QString lsFormat = clsExportFormats::OfFile(msOutput);
+    return lsFormat.isEmpty() ? QStringLiteral("txt") : lsFormat;
+}
+
+bool clsCliOptions::SetFormat(const QString& vsFormat)
+{
+    if (!clsExportFormats::Names().contains(vsFormat.toLower()))
+        return Refuse(QStringLiteral("unknown format \"") + vsFormat + QStringLiteral("\" for --format (")
+                      + clsExportFormats::Names().join(QStringLiteral(", ")) + QLatin1Char(')'));
+    msFormat = vsFormat.toLower();
     return true;
 }
 

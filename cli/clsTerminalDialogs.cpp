@@ -97,7 +97,7 @@ MsgResult clsTerminalDialogs::Ask(const QString& vsQuestion, MsgButtons vButtons
         const QString lsReply = mbInteractive ? ReadLine(lsPrompt, lbGot).trimmed().toLower() : QString();
         if (!lbGot) {
             if (!mbInteractive)
-                mcWindow.PrintLine(vsQuestion + QLatin1Char(' ') + ButtonsText(vButtons));
+                mcWindow.PrintLine(vsQuestion + QLatin1Char(' ') + ButtonsText(vButtons), true, true);
             if (mOnUnanswered)
                 mOnUnanswered(QStringLiteral("this question needs an answer: run it on a terminal, or give --yes or --no"));
             return vButtons == MsgButtons::YesNo ? MsgResult::No : MsgResult::Cancel;
@@ -115,11 +115,11 @@ MsgResult clsTerminalDialogs::Ask(const QString& vsQuestion, MsgButtons vButtons
 
 QString clsTerminalDialogs::ReadLine(const QString& vsPrompt, bool& rbGot)
 {
-    mcWindow.PrintLine(vsPrompt, false);
+    mcWindow.PrintLine(vsPrompt, false, true);
     std::string lsLine;
     rbGot = bool(std::getline(std::cin, lsLine));
     if (!rbGot)
-        mcWindow.PrintLine(QString());
+        mcWindow.PrintLine(QString(), true, true);
     return QString::fromLocal8Bit(lsLine.c_str());
 }
 

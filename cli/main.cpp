@@ -8,15 +8,21 @@
 #include "cli/clsCliCommands.h"
 #include "cli/clsCliOptions.h"
 #include "cli/clsCliPort.h"
+#include "cli/clsCountingPort.h"
+#include "cli/clsPortAccess.h"
+#include "cli/clsPortList.h"
 #include "cli/clsDecodeHome.h"
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
 #include "platform/Err.h"
 #include "platform/QtEventLoop.h"
+#include "platform/QtSerialPort.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <functional>
 #include <cstdio>
 #include <cstdlib>
@@ -94,16 +100,19 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, clsDe
     clsTerminalWindow lcWindow(stderr, isatty(2));
     lcWindow.SetUserNames([&rcDecodeHome](const QString& vsText) { return rcDecodeHome.UserNames(vsText); });
     clsTerminalDialogs lcDialogs(lcWindow, vcOptions.mAnswer, vcOptions.mbInteractive);
+    lcWindow.SetQuiet(vcOptions.mbQuiet);
     lcDialogs.SetReconnects(vcOptions.mlReconnects);
     clsCliPort lcPort(vcOptions.mbSimulate, lcEventLoop);
     if (!lcPort.Error().isEmpty()) {
         WriteErr(QStringLiteral("corvane: ") + lcPort.Error() + QLatin1Char('\n'));
         return clsCliCommands::kExitError;
     }
+    clsCountingPort lcCountingPort(lcPort.Port());
+    lcWindow.SetByteCounter([&]() { return lcCountingPort.Bytes(); });
     vcPlatform.EventLoop = &lcEventLoop;
     vcPlatform.Dialogs = &lcDialogs;
     vcPlatform.MainWindow = &lcWindow;
-    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcPort.Port();
+    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcCountingPort;
 
     clsApplication lcApplication(vcPlatform);
     lcWindow.Attach(lcApplication);
@@ -127,23 +136,68 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, clsDe
                 lcWindow.PrintLine(vsLine);
         });
     ApplyPortOption(lcApplication, vcOptions.msPort);
+    lcApplication.SetRecordsTaken(vcOptions.mcPagesTaken);
+    // A port refused for want of permission says so now, not as six time-outs later.
+    if (vcPlatform.Port && !vcOptions.mbSimulate) {
+        const QString lsProblem = clsPortAccess::Problem(QtSerialPort::DeviceName(vcPlatform.Port->CommPort()));
+        if (!lsProblem.isEmpty()) {
+            lcWindow.Finish();
+            WriteErr(QStringLiteral("corvane: ") + lsProblem + QLatin1Char('\n'));
+            lcApplication.Quite();
+            return clsCliCommands::kExitError;
+        }
+    }
 
     int llExit = clsCliCommands::kExitOk;
     lcApplication.Start([&]() { llExit = clsCliCommands(lcApplication, vcOptions, lcWindow, lcDialogs).Run(); });
     lcWindow.Finish();
     return llExit;
 }
+
+// The PDF export draws text, which needs Qt's fonts and so a QGuiApplication;
+// its off-screen platform needs no display. Every other run stays without.
+std::unique_ptr<QCoreApplication> MakeQtApplication(int& rlArgc, char** vcArgv)
+{
+    bool lbPdf = false;
+    for (int i = 1; i < rlArgc; ++i) {
+        const QString lsArgument = QString::fromLocal8Bit(vcArgv[i]).toLower();
+        lbPdf = lbPdf || lsArgument.endsWith(QLatin1String(".pdf")) || lsArgument == QLatin1String("pdf")
+             || lsArgument == QLatin1String("--format=pdf");
+    }
+    if (!lbPdf)
+        return std::make_unique<QCoreApplication>(rlArgc, vcArgv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(rlArgc, vcArgv);
+}
+
+// When the newest page file of a decode was written: the download's date for an export's header.
+QDateTime PagesWritten(const QString& vsDirectory)
+{
+    QDateTime lcNewest;
+    for (const QFileInfo& lcFile : QDir(vsDirectory).entryInfoList({QStringLiteral("page*.dsw")}, QDir::Files))
+        if (!lcNewest.isValid() || lcFile.lastModified() > lcNewest)
+            lcNewest = lcFile.lastModified();
+    return lcNewest;
+}
+
+int ListPorts()
+{
+    std::fputs(clsPortList::Listing(clsPortList::Available()).toLocal8Bit().constData(), stdout);
+    return clsCliCommands::kExitOk;
+}
 }
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication lcQtApplication(argc, argv);
+    const std::unique_ptr<QCoreApplication> lcQtApplication = MakeQtApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("corvane"));
 
     clsCliOptions lcOptions;
     const int llAnswered = AnswerWithoutRunning(lcOptions);
     if (llAnswered >= 0)
         return llAnswered;
+    if (lcOptions.mCommand == clsCliOptions::Command::Ports)
+        return ListPorts();
     lcOptions.mbInteractive = isatty(0) && isatty(2);
     if (!lcOptions.msOutput.isEmpty())
         lcOptions.msOutput = QFileInfo(lcOptions.msOutput).absoluteFilePath();
@@ -159,6 +213,7 @@ int main(int argc, char* argv[])
             return clsCliCommands::kExitError;
         }
         lcPlatform.HomeDir = lcDecodeHome.Path();
+        lcOptions.mcPagesTaken = PagesWritten(lcOptions.msDecodeDirectory);
     }
     if (!lcPlatform.HomeDir.isEmpty() && !HomeIsWritable(lcPlatform.HomeDir)) {
         WriteErr(QStringLiteral("corvane: cannot write in the home directory ")

@@ -157,6 +157,9 @@ void clsApplication::ImportDataFromDisplay(clsError& rcError)
 {
     RunStep(rcError, [&] { CheckForOperatingSystem(rcError); });
     RunStep(rcError, [&] { DownloadPages(rcError); });
+    // The download date an export's header shows.
+    if (!rcError.IsError())
+        mcRecordsTaken = QDateTime::currentDateTime();
     RunStep(rcError, [&] { DecodeDataFromFiles(rcError); });
     ProcessDecodedRecords(*this, rcError);
 }

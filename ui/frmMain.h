@@ -37,8 +37,6 @@ public:
     void EnableButtons(bool vbEnabled) override;
     void EnableMenu(bool vbEnabled) override;
     void ClearGrid() override;
-    void AddGridRow(const QString& vsTabbedRow) override;
-    void ResetGrid() override;
     void RecordsChanged();
     void RecordsCleared();
     void AutoSizeTheColumns() override;
@@ -77,6 +75,7 @@ private:
     void cmdClearRouteAndPoliceTable_Click();
     void NotImplemented();
     void mnu_About_Click();
+    void mnu_ExportAs_Click();
     bool AskToQuit();
 
     std::unique_ptr<Ui::frmMain> ui;

@@ -27,6 +27,8 @@ private slots:
     void decodeOfSavedPagesGivesTheSameFile();
     void decodeOfPagesSmallerThanARecord_data();
     void decodeOfPagesSmallerThanARecord();
+    void decodeSavesByExtension_data();
+    void decodeSavesByExtension();
     void erase_data();
     void erase();
     void silentDisplayIsCancelledUnderNo();
@@ -53,6 +55,8 @@ void tst_Cli::badUsage_data()
     QTest::addColumn<QString>("says");
     QTest::newRow("refused arguments") << QStringList{"erase", "-o", "x.txt"} << 2
                                        << "corvane: -o does not go with erase\n";
+    QTest::newRow("unknown format") << QStringList{"download", "--format", "doc"} << 2
+                                    << "corvane: unknown format \"doc\"";
     QTest::newRow("decode of a missing directory") << QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}
                                                    << 1 << "Path not found: /nonexistent/kvt";
 }
@@ -134,6 +138,48 @@ void tst_Cli::decodeOfPagesSmallerThanARecord()
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
     QVERIFY2(lcRun.err.contains(QStringLiteral("Copied 0 record(s) from KVT Memory Display")), qPrintable(lcRun.err));
     QCOMPARE(lcRun.out.count(QLatin1Char('\n')), 1);
+}
+
+void tst_Cli::decodeSavesByExtension_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("start");
+    QTest::addColumn<QString>("stderr");
+    QTest::newRow("csv, quiet") << QStringList{"-q"} << "trips.csv" << QByteArray("\xEF\xBB\xBF#,Ritnumber,") << "";
+    QTest::newRow("xlsx is a zip") << QStringList{} << "trips.xlsx" << QByteArray("PK\x03\x04") << "Save As: ";
+    QTest::newRow("pdf without a display") << QStringList{"-q"} << "trips.pdf" << QByteArray("%PDF-") << "";
+    QTest::newRow("--format over the extension") << QStringList{"--format", "gpx"} << "trips.txt"
+                                                 << QByteArray("<?xml") << "Save As: ";
+    QTest::newRow("unknown extension: tab-delimited") << QStringList{"-q"} << "trips.dat" << QByteArray("1\t1\t") << "";
+}
+
+// Quiet runs print nothing at all on stderr; the others say where the file went.
+void tst_Cli::decodeSavesByExtension()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, file);
+    QFETCH(QByteArray, start);
+    QFETCH(QString, stderr);
+    QTemporaryDir lcDir;
+    const QString lsPages = lcDir.filePath(QStringLiteral("pages"));
+    QVERIFY(QDir().mkpath(lsPages));
+    const QByteArray lcImage = ReadAll(kGolden + "flash.img");
+    WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize));
+    const QString lsOut = lcDir.filePath(file);
+    // As on a desktop; without it Qt's graphical part (the PDF) warns on stderr.
+    static QTemporaryDir scRuntime;
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(scRuntime.path()));
+
+    const clsRun lcRun = Corvane(QStringList{"decode", "--geometry", "0,7,10", "-o", lsOut, lsPages} + options);
+
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QCOMPARE(ReadAll(lsOut).left(start.size()), start);
+    if (stderr.isEmpty())
+        QCOMPARE(lcRun.err, QString());
+    else
+        QVERIFY2(lcRun.err.contains(stderr), qPrintable(lcRun.err));
 }
 
 void tst_Cli::erase_data()
