@@ -9,6 +9,7 @@
 #include "platform/Err.h"
 #include "platform/IEventLoop.h"
 #include "platform/IMainWindow.h"
+#include "platform/IUserDialogs.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -106,6 +107,14 @@ void clsApplication::DeInit()
     Err::Trap([this]() { mcPlatform.EventLoop->DoEvents(); });
     if (mcTimer)
         mcTimer->SetEnabled(false);
+    // Write failures of the settings are ignored, but the user hears once
+    // that they will be lost, while the log still takes lines.
+    const QString lsSaveProblem = mcSettings->SaveProblem();
+    if (!lsSaveProblem.isEmpty()) {
+        Err::Trap([&]() { mcLogger->AddErrorToLog(lsSaveProblem); });
+        if (mcPlatform.Dialogs)
+            mcPlatform.Dialogs->MsgBox(lsSaveProblem, MsgButtons::OK, MsgIcon::Exclamation, ApplicationName());
+    }
     Err::Trap([this]() { mcLogger->DeInit(); });
     mcSettings->DeInit();
     Err::Clear();

@@ -9,9 +9,12 @@
 #include "app/clsOperation.h"
 #include "app/clsStatus.h"
 #include "data/clsRecordSelection.h"
+#include "export/clsExportContext.h"
 #include "link/clsFoundPort.h"
+#include "upload/clsUploadSelection.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <functional>
@@ -173,10 +176,61 @@ public:
     bool DataSaved() const { return mbDataSaved; }
     void SetDataSaved(bool vbSaved) { mbDataSaved = vbSaved; }
     bool CheckFileExists(const QString& vsPath) const;
+    // "Export as": asks for the file (the save dialog, or -o on the command
+    // line) and writes what the table shows in vsFormat, or when that is empty
+    // in the format of the file's extension (txt, csv, xlsx, gpx, kml, pdf).
+    void ExportAs(clsError& rcError, const QString& vsFormat = QString());
+    // Writes the records to vsFileName in vsFormat without asking anything.
+    void ExportToFile(clsError& rcError, const QString& vsFileName, const QString& vsFormat);
+    // What an export writes beside the records: selection, display ID, when they were copied.
+    clsExportContext ExportContext() const;
+    QDateTime RecordsTaken() const { return mcRecordsTaken; }
+    void SetRecordsTaken(const QDateTime& vcWhen) { mcRecordsTaken = vcWhen; }
+
+    // ---- Upload to the display: upload/clsApplicationUpload.cpp ----
+    // The choose family: a file dialog for the type, the choice kept in the
+    // settings and its text box; a cancelled dialog changes nothing.
+    void GetNewFileNameForUpload(UploadType vType);
+    void GetNewFileNameForUploadSSL() { GetNewFileNameForUpload(UploadType::SSL); }
+    void GetNewFileNameForUploadSFL() { GetNewFileNameForUpload(UploadType::SFL); }
+    void GetNewFileNameForUploadUSL() { GetNewFileNameForUpload(UploadType::USL); }
+    void GetNewFileNameForUploadUFL() { GetNewFileNameForUpload(UploadType::UFL); }
+    void GetNewFileNameForUploadKVTCC() { GetNewFileNameForUpload(UploadType::KVTCC); }
+    void GetNewFileNameForUploadKVTSA() { GetNewFileNameForUpload(UploadType::KVTSA); }
+    void GetNewFileNameForUploadKVTSND() { GetNewFileNameForUpload(UploadType::KVTSND); }
+    void GetNewFileNameForUploadKVTMemoryDisplay() { GetNewFileNameForUpload(UploadType::KVTMD); }
+    // Fills the eight upload file boxes from the settings (the window, when it is activated).
+    void ShowLastUploadFiles();
+    void HandleUploadDatabases(clsError& rcError);
+    void HandleUploadKVT(clsError& rcError);
+    void CheckFileExistsAndWarn(clsError& rcError, const QString& vsFileName, bool& rbOk);
+    void CheckFileExists(const QString& vsFileName, bool& rbExists) const;
+    // The upload tick boxes.
+    clsUploadSelection& UploadSelection() { return mcUploadSelection; }
+    // Read every page back after an upload and compare it with the file (off unless asked for).
+    void SetVerifyUploads(bool vbVerify) { mbVerifyUploads = vbVerify; }
+    bool VerifyUploads() const { return mbVerifyUploads; }
+
+    // ---- The upload buttons, boxes included: upload/clsApplicationUploadClick.cpp ----
+    // Nothing ticked: "Please select one or more items to upload" and an
+    // outcome with that text; else the upload in the window's frame and its box.
+    clsOutcome cmdUploadDatabases_Click();
+    clsOutcome cmdInstallKVTSoftware_Click();
+    // The Memory Display firmware of the KVT_MD file box.
+    clsOutcome cmdInstallKVTMemoryDisplay_Click();
+
+    // ---- Memory Display firmware: upload/clsApplicationFirmware.cpp ----
+    // " Don't Disconnect!" on the display's own screen, or blanks over it.
+    void writeMessageToDisplay(bool vbShow);
+    // The firmware download with its boxes; the error tells the front end how it went.
+    void subStartSoftwareDownload(clsError& rcError, const QString& vsFileName);
 
 signals:
     // Raised when the status model changed and was copied to the window.
     void StatusShown();
+    // The serial port could not be opened or went away; the text, naming the
+    // port and the system's reason, is also in the log.
+    void PortTrouble(const QString& vsText);
 
 private:
     friend class clsOperation;
@@ -203,10 +257,20 @@ private:
     // Record pipeline: the bodies of the two steps the window also runs alone.
     void CollectRoutes();
     void FillGrid();
+    // Upload: the check phase and the send phase of the ticked files of one page.
+    void UploadTicked(clsError& rcError, const std::vector<UploadType>& vcTypes, bool vbSkipAfterError);
+    clsOutcome UploadClick(const std::vector<UploadType>& vcTypes, const std::function<void(clsError&)>& vUpload);
+    // Firmware: the file checks, the 0xD9 handshake around the stream, the stream on the raw port.
+    bool FirmwareFileAccepted(clsError& rcError, const QString& vsFileName);
+    void DownloadFirmware(clsError& rcError, const QString& vsFileName);
+    void StreamFirmware(clsError& rcError, const QString& vsFileName);
     // Place table: made by Init (or by the first use in an application that was not started).
     void CreateGpsPlaces();
 
     void StartLogging();
+    // Export: the program's own replace question of the save dialogs.
+    bool MayReplace(const QString& vsFileName);
+
     void mcStatus_StatusChanged();
     void mcDelayedQuite_Tick();
     void mcTimer_Tick();
@@ -230,8 +294,11 @@ private:
     qint32 mlRunningCount = 0;
     QString msDisplayId;
     mutable QString msStdDirectory;
+    QDateTime mcRecordsTaken;
     clsStatus mcStatus;
     clsRecordSelection mcSelection;
+    clsUploadSelection mcUploadSelection;
+    bool mbVerifyUploads = false;
     std::unique_ptr<clsSettings> mcSettings;
     std::unique_ptr<clsLogger> mcLogger;
     std::unique_ptr<clsHalvexMsg> mcMessage;

@@ -5,6 +5,7 @@
 #include "platform/IEventLoop.h"
 #include "platform/IUserDialogs.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -47,6 +48,12 @@ void clsLogger::CheckLogFileSize()
         QFile::remove(msFile);
 }
 
+// A run-time error's own text with the log's path, so the user knows which file failed.
+QString clsLogger::NamingTheFile(long vlNumber) const
+{
+    return clsRuntimeError::StandardDescription(vlNumber) + QStringLiteral(": ") + QDir::toNativeSeparators(msFile);
+}
+
 void clsLogger::AddToLog(const QString& vsMessage, bool vbRaw)
 {
     if (mbOff || (vsMessage.isEmpty() && !vbRaw))
@@ -56,11 +63,11 @@ void clsLogger::AddToLog(const QString& vsMessage, bool vbRaw)
                                        + QStringLiteral(" - ") + vsMessage;
     QFile lcFile(msFile);
     if (!lcFile.open(QIODevice::Append))
-        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"));
+        Err::Raise(VbError::PathFileAccessError, QStringLiteral("clsLogger"), NamingTheFile(VbError::PathFileAccessError));
     const QByteArray lcBytes = Cp1252::Encode(lsLine) + "\r\n";
     // A full disk shows only when the bytes are pushed out.
     if (lcFile.write(lcBytes) != lcBytes.size() || !lcFile.flush())
-        Err::Raise(VbError::DeviceIOError, QStringLiteral("clsLogger"));
+        Err::Raise(VbError::DeviceIOError, QStringLiteral("clsLogger"), NamingTheFile(VbError::DeviceIOError));
     if (mEcho)
         mEcho(lsLine);
 }

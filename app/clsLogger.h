@@ -31,6 +31,7 @@ public:
     void SetEcho(std::function<void(const QString&)> vEcho) { mEcho = std::move(vEcho); }
 
 private:
+    QString NamingTheFile(long vlNumber) const;
     void CheckLogFileSize();
 
     QString msFile;

@@ -3,6 +3,8 @@
 #include "platform/Err.h"
 #include "platform/PrivateProfile.h"
 
+#include <QDir>
+
 namespace {
 const QString kSection = QStringLiteral("Common");
 constexpr int kBufferSize = 999;
@@ -60,6 +62,15 @@ void clsSettings::SetLastFilenames(qint16 vlIndex, const QString& vsName)
     if (vlIndex < 0 || size_t(vlIndex) >= mcLastFilenames.size())
         Err::Raise(VbError::SubscriptOutOfRange, QStringLiteral("clsSettings"));
     mcLastFilenames[size_t(vlIndex)] = vsName;
+}
+
+QString clsSettings::SaveProblem() const
+{
+    const QString lsProblem = PrivateProfile::WriteProblem(msFile);
+    if (lsProblem.isEmpty())
+        return QString();
+    return QStringLiteral("The settings cannot be saved: ") + QDir::toNativeSeparators(msFile) + QLatin1Char(' ')
+        + lsProblem;
 }
 
 QString clsSettings::ReadKey(const char* vsKey) const

@@ -27,6 +27,8 @@ public:
     void SetLastFilenames(qint16 vlIndex, const QString& vsName);
 
     QString FileName() const { return msFile; }
+    // Why DeInit will not be able to save the settings; empty when it will.
+    QString SaveProblem() const;
 
 private:
     QString ReadKey(const char* vsKey) const;

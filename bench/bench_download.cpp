@@ -5,16 +5,11 @@
 //
 //   ./build/bench/bench_download [runs]
 
-#include "bench/BenchDialogs.h"
-#include "app/clsApplication.h"
-#include "platform/VirtualClock.h"
+#include "SimRig.h"
 #include "sim/clsSimDataGenerator.h"
-#include "sim/clsSimDisplay.h"
-#include "sim/clsSimSerialPort.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 #include <cstdio>
 
 int main(int argc, char** argv)
@@ -29,39 +24,29 @@ int main(int argc, char** argv)
     }
     double ldRealMs = 0;
     for (int llRun = 1; llRun <= llRuns; ++llRun) {
-        QTemporaryDir lcHome;
-        VirtualClock lcClock;
-        BenchDialogs lcDialogs;
-        clsSimDisplay lcDisplay;
+        SimRig r;
+        clsSimDisplay& lcDisplay = r.display;
         QByteArray lcFlash = lcDisplay.Flash();
         const int llRecords = clsSimDataGenerator::WriteLog(lcFlash, lcGenerator.Generate(quint32(llRun), 120), 0,
                                                             lcDisplay.LastPage(), lcDisplay.SizeOnePage());
         lcDisplay.SetFlash(lcFlash);
-        clsSimSerialPort lcPort(lcDisplay, lcClock);
-        clsPlatform lcPlatform;
-        lcPlatform.EventLoop = &lcClock;
-        lcPlatform.Dialogs = &lcDialogs;
-        lcPlatform.Port = &lcPort;
-        lcPlatform.HomeDir = lcHome.path();
-        clsApplication lcApplication(lcPlatform);
-        lcApplication.Init();
         QElapsedTimer lcReal;
         lcReal.start();
-        const quint32 llStart = lcClock.timeGetTime();
+        const quint32 llStart = r.t.clock.timeGetTime();
         clsError lcError;
-        lcApplication.DownloadPages(lcError);
-        const quint32 llVirtualMs = lcClock.timeGetTime() - llStart;
+        r.app().DownloadPages(lcError);
+        const quint32 llVirtualMs = r.t.clock.timeGetTime() - llStart;
         ldRealMs += double(lcReal.nsecsElapsed()) / 1e6;
         int llUsed = 0;
         for (int llPage = 1; llPage <= lcDisplay.LastPage(); ++llPage)
             llUsed += lcDisplay.PageIsEmpty(llPage) ? 0 : 1;
-        const qint64 llBytes = lcPort.BytesToDisplay() + lcPort.BytesFromDisplay();
+        const qint64 llBytes = r.port.BytesToDisplay() + r.port.BytesFromDisplay();
         const double ldWireMs = double(llBytes) * 1000.0 / 5760.0;
         std::printf("run %d: %d records on %d of %d pages, %lld bytes on the line, %u ms on the virtual clock, "
                     "wire limit %.0f ms, ratio %.3f%s\n",
                     llRun, llRecords, llUsed, lcDisplay.LastPage(), qint64(llBytes), llVirtualMs, ldWireMs,
                     double(llVirtualMs) / ldWireMs, lcError.IsError() ? " (ERROR)" : "");
-        lcApplication.DeInit();
+        r.app().DeInit();
     }
     std::printf("real time per download: %.1f ms\n", ldRealMs / llRuns);
     return 0;

@@ -7,7 +7,7 @@
 //       default 255, of 64 KiB), decodes them with the world-cities place
 //       table, then times the grid.
 
-#include "bench/BenchDialogs.h"
+#include "FakeUserDialogs.h"
 #include "app/clsApplication.h"
 #include "app/clsError.h"
 #include "data/clsFlashMemInfo.h"
@@ -114,7 +114,7 @@ int main(int argc, char** argv)
     }
 
     QtEventLoop lcLoop;
-    BenchDialogs lcDialogs;
+    FakeUserDialogs lcDialogs;
     frmMain lcWindow;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;

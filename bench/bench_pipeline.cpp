@@ -12,7 +12,8 @@
 //   bench_pipeline --run DIR [--pages N] [--size-log2 S]
 //       only the measured part, on page files already in DIR.
 
-#include "bench/BenchDialogs.h"
+#include "FakeUserDialogs.h"
+#include "PageFile.h"
 #include "app/clsApplication.h"
 #include "app/clsError.h"
 #include "data/clsFlashMemInfo.h"
@@ -82,15 +83,10 @@ bool Prepare(const Options& vcOptions, const QString& vsDirectory)
 
     QDir().mkpath(vsDirectory);
     const int llPageSize = 1 << vcOptions.sizeLog2;
-    for (int llPage = 1; llPage <= vcOptions.pages; ++llPage) {
-        QByteArray lcText;
-        lcText.reserve(llPageSize * 5);
-        for (int i = 0; i < llPageSize; ++i)
-            lcText += QByteArray::number(quint8(lcFlash[qsizetype(llPage) * llPageSize + i])) + "\r\n";
-        QFile lcFile(QDir(vsDirectory).filePath(QStringLiteral("Page%1.DSW").arg(llPage)));
-        if (!lcFile.open(QIODevice::WriteOnly) || lcFile.write(lcText) != lcText.size())
+    for (int llPage = 1; llPage <= vcOptions.pages; ++llPage)
+        if (!WritePageFile(QDir(vsDirectory).filePath(QStringLiteral("Page%1.DSW").arg(llPage)),
+                           lcFlash.mid(qsizetype(llPage) * llPageSize, llPageSize)))
             return false;
-    }
     QFile lcGeometry(QDir(vsDirectory).filePath(QStringLiteral("geometry.txt")));
     if (!lcGeometry.open(QIODevice::WriteOnly))
         return false;
@@ -181,7 +177,7 @@ double CpuSeconds()
 int Run(const Options& vcOptions)
 {
     QtEventLoop lcLoop;
-    BenchDialogs lcDialogs;
+    FakeUserDialogs lcDialogs;
     clsApplication* lcAppOfWindow = nullptr;
     CountingWindow lcWindow(lcAppOfWindow);
     clsPlatform lcPlatform;

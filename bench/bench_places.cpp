@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QStringList>
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -47,15 +48,16 @@ std::vector<Position> Positions(const clsGpsPlaces& vcPlaces, int vlCount, quint
     return lcPositions;
 }
 
+// Nanoseconds for searching every position of [vlFirst, vlEnd).
 template <typename F>
-double PerSecond(const std::vector<Position>& vcPositions, F&& vSearch, qint64& rlFound)
+qint64 Nanoseconds(const std::vector<Position>& vcPositions, size_t vlFirst, size_t vlEnd, F&& vSearch,
+                   qint64& rlFound)
 {
     QElapsedTimer lcTimer;
     lcTimer.start();
-    rlFound = 0;
-    for (const Position& p : vcPositions)
-        rlFound += vSearch(p).isEmpty() ? 0 : 1;
-    return double(vcPositions.size()) / (double(lcTimer.nsecsElapsed()) / 1e9);
+    for (size_t i = vlFirst; i < vlEnd; ++i)
+        rlFound += vSearch(vcPositions[i]).isEmpty() ? 0 : 1;
+    return lcTimer.nsecsElapsed();
 }
 }
 
@@ -75,14 +77,30 @@ int main(int argc, char** argv)
     if (lcWorld.Count() < 2)
         return 1;
 
-    qint64 llFoundIndex = 0, llFoundLinear = 0;
-    const std::vector<Position> lcMany = Positions(lcWorld, 1000000, 1);
-    const double ldIndex = PerSecond(lcMany, [&](const Position& p) { return lcWorld.searchPosition(p.latitude, p.longitude); }, llFoundIndex);
-    const std::vector<Position> lcFew(lcMany.begin(), lcMany.begin() + 2000);
-    const double ldLinear = PerSecond(lcFew, [&](const Position& p) { return lcWorld.searchPositionLinear(p.latitude, p.longitude); }, llFoundLinear);
-    std::printf("index:  %12.0f searches/s (%zu positions, %lld found)\n", ldIndex, lcMany.size(), llFoundIndex);
-    std::printf("linear: %12.0f searches/s (%zu positions, %lld found)\n", ldLinear, lcFew.size(), llFoundLinear);
-    std::printf("index / linear: %.0f times faster\n", ldIndex / ldLinear);
+    // The two are timed in turns, a slice of each per round, so a load that
+    // comes and goes on the machine weighs on both alike.
+    constexpr size_t kRounds = 20, kIndexed = 50000, kScanned = 100;
+    const std::vector<Position> lcMany = Positions(lcWorld, int(kRounds * kIndexed), 1);
+    qint64 llFoundIndex = 0, llFoundLinear = 0, llIndexNs = 0, llLinearNs = 0;
+    std::vector<double> lcRatios;
+    for (size_t r = 0; r < kRounds; ++r) {
+        const qint64 llIndex = Nanoseconds(lcMany, r * kIndexed, (r + 1) * kIndexed, [&](const Position& p) {
+            return lcWorld.searchPosition(p.latitude, p.longitude);
+        }, llFoundIndex);
+        const qint64 llLinear = Nanoseconds(lcMany, r * kScanned, (r + 1) * kScanned, [&](const Position& p) {
+            return lcWorld.searchPositionLinear(p.latitude, p.longitude);
+        }, llFoundLinear);
+        llIndexNs += llIndex;
+        llLinearNs += llLinear;
+        lcRatios.push_back((double(llLinear) / kScanned) / (double(llIndex) / kIndexed));
+    }
+    std::sort(lcRatios.begin(), lcRatios.end());
+    const double ldIndex = double(kRounds * kIndexed) / (double(llIndexNs) / 1e9);
+    const double ldLinear = double(kRounds * kScanned) / (double(llLinearNs) / 1e9);
+    std::printf("index:  %12.0f searches/s (%zu positions, %lld found)\n", ldIndex, kRounds * kIndexed, llFoundIndex);
+    std::printf("linear: %12.0f searches/s (%zu positions, %lld found)\n", ldLinear, kRounds * kScanned, llFoundLinear);
+    std::printf("index / linear: %.0f times faster (rounds: lowest %.0f, median %.0f, highest %.0f)\n",
+                ldIndex / ldLinear, lcRatios.front(), lcRatios[kRounds / 2], lcRatios.back());
 
     const clsGpsPlaces lcZip(QStringLiteral(CORVANE_SHARED_DATA "/us-zipcodes.gps"), nullptr);
     if (lcZip.Count() < 2)

@@ -4,18 +4,14 @@
 //
 //   build/bench/bench_sim_pty [pages] [max-data]
 
-#include "bench/BenchDialogs.h"
-#include "app/clsApplication.h"
+#include "SimProcess.h"
+#include "TestApp.h"
 #include "app/clsSettings.h"
-#include "link/clsHalvexMsg.h"
-#include "platform/IMainWindow.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <cstdio>
 
 int main(int argc, char** argv)
@@ -23,29 +19,16 @@ int main(int argc, char** argv)
     QCoreApplication lcQt(argc, argv);
     const int llPages = argc > 1 ? atoi(argv[1]) : 4;
     const int llMaxData = argc > 2 ? atoi(argv[2]) : 120;
-    QTemporaryDir lcDir;
-    const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
-
-    QProcess lcSim;
-    lcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    lcSim.start(QStringLiteral(CORVANE_SIM_BINARY),
-                {"--generate", "--days", "60", "--link", lsLink, "--max-data", QString::number(llMaxData)});
-    if (!lcSim.waitForReadyRead(5000)) {
+    SimProcess lcSim;
+    if (!lcSim.Start({"--generate", "--days", "60", "--max-data", QString::number(llMaxData)})) {
         std::fprintf(stderr, "bench_sim_pty: the simulator did not start\n");
         return 1;
     }
-
     QtEventLoop lcLoop;
     QtSerialPort lcPort(lcLoop);
-    BenchDialogs lcDialogs;
-    clsPlatform lcPlatform;
-    lcPlatform.EventLoop = &lcLoop;
-    lcPlatform.Dialogs = &lcDialogs;
-    lcPlatform.Port = &lcPort;
-    lcPlatform.HomeDir = lcDir.path();
-    clsApplication lcApp(lcPlatform);
-    lcApp.Init();
-    lcApp.Settings().SetPortPath(lsLink);
+    TestApp t(&lcPort, true, nullptr, &lcLoop);
+    clsApplication& lcApp = *t.app;
+    lcApp.Settings().SetPortPath(lcSim.Link());
     lcApp.ApplyPortSettings();
     lcApp.SetCommunicationIsRunning(true);
 
@@ -65,8 +48,7 @@ int main(int argc, char** argv)
         }
     }
     const qint64 llMs = lcTimer.elapsed();
-    lcSim.terminate();
-    lcSim.waitForFinished(3000);
+    lcSim.Stop();
     if (lcError.IsError()) {
         std::fprintf(stderr, "bench_sim_pty: %s\n", qPrintable(lcError.Description()));
         return 1;

@@ -1,12 +1,15 @@
 #include "cli/clsCliCommands.h"
 
 #include "app/clsApplication.h"
+#include "app/clsLogger.h"
+#include "cli/clsCliInterrupt.h"
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 #include "platform/IMainWindow.h"
 
+#include <QFileInfo>
 #include <cstdio>
 
 namespace {
@@ -39,6 +42,14 @@ int clsCliCommands::Run()
         return Decode();
     case clsCliOptions::Command::Id:
         return Id();
+    case clsCliOptions::Command::UploadDb:
+        return Upload(false);
+    case clsCliOptions::Command::UploadSoftware:
+        return Upload(true);
+    case clsCliOptions::Command::UpdateFirmware:
+        return UpdateFirmware();
+    // Listed before the application starts: no port is opened for it.
+    case clsCliOptions::Command::Ports:
     case clsCliOptions::Command::None:
         break;
     }
@@ -51,8 +62,7 @@ int clsCliCommands::Finish(const clsOutcome& vcOutcome)
     mcWindow.Finish();
     if (!vcOutcome.IsError())
         return kExitOk;
-    std::fputs((QStringLiteral("corvane: ") + vcOutcome.Description + QLatin1Char('\n')).toLocal8Bit().constData(),
-               stderr);
+    mcWindow.PrintLine(QStringLiteral("corvane: ") + vcOutcome.Description);
     return kExitError;
 }
 
@@ -64,7 +74,12 @@ void clsCliCommands::Save(clsError& rcError)
         mcWindow.PrintLine(QStringLiteral("Not saved: -o FILE saves the records as a tab-delimited file."));
         return;
     }
-    mcApplication.SaveToDisk(rcError);
+    // The tab-delimited file goes through the window's Save, its setting and questions included.
+    const QString lsFormat = mcOptions.ExportFormat();
+    if (lsFormat == QLatin1String("txt"))
+        mcApplication.SaveToDisk(rcError);
+    else
+        mcApplication.ExportAs(rcError, lsFormat);
 }
 
 int clsCliCommands::Download()
@@ -109,6 +124,42 @@ int clsCliCommands::Id()
     if (llExit == kExitOk)
         WriteOut(lsId + QLatin1Char('\n'));
     return llExit;
+}
+
+void clsCliCommands::ChooseUploadFiles()
+{
+    for (const auto& lcGiven : mcOptions.mcUploadFiles) {
+        mcDialogs.SetOpenFileName(QFileInfo(lcGiven.second).absoluteFilePath());
+        mcApplication.GetNewFileNameForUpload(lcGiven.first);
+        mcApplication.UploadSelection().SetTicked(lcGiven.first, true);
+    }
+}
+
+// The upload button of the window's page, boxes and all; nothing ticked is an error here.
+int clsCliCommands::Upload(bool vbSoftware)
+{
+    mcApplication.SetVerifyUploads(mcOptions.mbVerify);
+    ChooseUploadFiles();
+    return Finish(vbSoftware ? mcApplication.cmdInstallKVTSoftware_Click() : mcApplication.cmdUploadDatabases_Click());
+}
+
+// The firmware file box shows the remembered file unless another is named.
+// Rejected lines and resynchronisations are shown as they happen, and Ctrl+C
+// asks the stream to stop between two lines.
+int clsCliCommands::UpdateFirmware()
+{
+    mcApplication.ShowLastUploadFiles();
+    ChooseUploadFiles();
+    if (!mcOptions.mbVerbose)
+        mcApplication.Logger().SetEcho([this](const QString& vsLine) {
+            const int llWarning = vsLine.indexOf(QLatin1String("WARNING "));
+            if (llWarning >= 0)
+                mcWindow.PrintLine(vsLine.mid(llWarning + 8));
+        });
+    clsCliInterrupt lcInterrupt([this]() { mcApplication.RequestCancel(); });
+    const clsOutcome lcOutcome = mcApplication.cmdInstallKVTMemoryDisplay_Click();
+    const int llExit = Finish(lcOutcome);
+    return lcOutcome.Cancelled ? kExitInterrupted : llExit;
 }
 
 void clsCliCommands::PrintGrid()

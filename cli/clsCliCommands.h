@@ -17,6 +17,7 @@ public:
     static constexpr int kExitOk = 0;
     static constexpr int kExitError = 1;
     static constexpr int kExitUsage = 2;
+    static constexpr int kExitInterrupted = 130;
 
     clsCliCommands(clsApplication& rcApplication, const clsCliOptions& rcOptions, clsTerminalWindow& rcWindow,
                    clsTerminalDialogs& rcDialogs);
@@ -28,7 +29,11 @@ private:
     int Erase();
     int Decode();
     int Id();
+    int Upload(bool vbSoftware);
+    int UpdateFirmware();
 
+    // Each named upload file chosen and ticked, as with the window's Select button and tick box.
+    void ChooseUploadFiles();
     // The exit status of an operation's outcome.
     int Finish(const clsOutcome& vcOutcome);
     // The save step: only when a file was named or somebody can be asked for one.

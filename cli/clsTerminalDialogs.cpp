@@ -8,6 +8,9 @@
 #include <string>
 
 namespace {
+// The question SendAndRetry asks after six failed attempts.
+const QString kReconnectQuestion = QStringLiteral("Unable to communicate with display\r\n");
+
 QString ButtonsText(MsgButtons vButtons)
 {
     return vButtons == MsgButtons::YesNo ? QStringLiteral("[Yes/No]") : QStringLiteral("[OK/Cancel]");
@@ -57,13 +60,33 @@ MsgResult clsTerminalDialogs::MsgBox(const QString& vsText, MsgButtons vButtons,
         return MsgResult::OK;
     }
     if (mAnswer != clsCliOptions::Answer::Ask) {
-        const bool lbYes = mAnswer == clsCliOptions::Answer::Yes;
-        const MsgResult lcResult = vButtons == MsgButtons::YesNo ? (lbYes ? MsgResult::Yes : MsgResult::No)
-                                                                 : (lbYes ? MsgResult::OK : MsgResult::Cancel);
-        mcWindow.PrintLine(lsBox + QLatin1Char(' ') + ButtonsText(vButtons) + QLatin1Char(' ') + ResultText(lcResult));
+        QString lsWhy;
+        const MsgResult lcResult = Answered(vButtons, vsText, lsWhy);
+        mcWindow.PrintLine(lsBox + QLatin1Char(' ') + ButtonsText(vButtons) + QLatin1Char(' ') + ResultText(lcResult)
+                           + lsWhy);
         return lcResult;
     }
     return Ask(lsBox, vButtons);
+}
+
+// The answer of --yes or --no. --yes takes the question after a silent
+// display only so often; then it is Cancel, as a user would give up.
+MsgResult clsTerminalDialogs::Answered(MsgButtons vButtons, const QString& vsText, QString& rsWhy)
+{
+    bool lbYes = mAnswer == clsCliOptions::Answer::Yes;
+    if (lbYes && vButtons == MsgButtons::OKCancel && vsText.startsWith(kReconnectQuestion)) {
+        lbYes = mlReconnectsGiven < mlReconnects;
+        if (lbYes) {
+            ++mlReconnectsGiven;
+        } else {
+            rsWhy = QStringLiteral(" (--reconnect %1: no more attempts)").arg(mlReconnects);
+            if (mOnGiveUp)
+                mOnGiveUp();
+        }
+    }
+    if (vButtons == MsgButtons::YesNo)
+        return lbYes ? MsgResult::Yes : MsgResult::No;
+    return lbYes ? MsgResult::OK : MsgResult::Cancel;
 }
 
 MsgResult clsTerminalDialogs::Ask(const QString& vsQuestion, MsgButtons vButtons)
@@ -74,7 +97,7 @@ MsgResult clsTerminalDialogs::Ask(const QString& vsQuestion, MsgButtons vButtons
         const QString lsReply = mbInteractive ? ReadLine(lsPrompt, lbGot).trimmed().toLower() : QString();
         if (!lbGot) {
             if (!mbInteractive)
-                mcWindow.PrintLine(vsQuestion + QLatin1Char(' ') + ButtonsText(vButtons));
+                mcWindow.PrintLine(vsQuestion + QLatin1Char(' ') + ButtonsText(vButtons), true, true);
             if (mOnUnanswered)
                 mOnUnanswered(QStringLiteral("this question needs an answer: run it on a terminal, or give --yes or --no"));
             return vButtons == MsgButtons::YesNo ? MsgResult::No : MsgResult::Cancel;
@@ -92,11 +115,11 @@ MsgResult clsTerminalDialogs::Ask(const QString& vsQuestion, MsgButtons vButtons
 
 QString clsTerminalDialogs::ReadLine(const QString& vsPrompt, bool& rbGot)
 {
-    mcWindow.PrintLine(vsPrompt, false);
+    mcWindow.PrintLine(vsPrompt, false, true);
     std::string lsLine;
     rbGot = bool(std::getline(std::cin, lsLine));
     if (!rbGot)
-        mcWindow.PrintLine(QString());
+        mcWindow.PrintLine(QString(), true, true);
     return QString::fromLocal8Bit(lsLine.c_str());
 }
 
@@ -127,5 +150,7 @@ QString clsTerminalDialogs::ShowOpen(const QString& vsFilter, const QString& vsF
     (void)vsFilter;
     (void)vsFileName;
     (void)vsInitDir;
-    return QString();
+    QString lsName;
+    lsName.swap(msOpenFileName);
+    return lsName;
 }

@@ -82,15 +82,17 @@ QString clsTerminalWindow::ProgressText() const
 // so a long download stays readable.
 void clsTerminalWindow::Redraw()
 {
-    const QString lsText = ProgressText();
+    if (mbQuiet)
+        return;
     if (mbTerminal) {
-        const QString lsLine = lsText.left(TerminalWidth() - 1);
+        const QString lsLine = LiveLine();
         if (lsLine == msShown)
             return;
         msShown = lsLine;
         Write(QStringLiteral("\r") + lsLine + QStringLiteral("\x1b[K"));
         return;
     }
+    const QString lsText = ProgressText();
     static const QRegularExpression scNumber(QStringLiteral("\\s*\\d+"));
     const QString lsKind = QString(lsText).replace(scNumber, QStringLiteral("#"));
     const clsTerminalBar& lcBig = mcBars[int(Bar::Big)];
@@ -106,8 +108,29 @@ void clsTerminalWindow::Redraw()
     Write(lsText + QLatin1Char('\n'));
 }
 
-void clsTerminalWindow::PrintLine(const QString& vsText, bool vbNewLine)
+QString clsTerminalWindow::LiveLine()
 {
+    clsProgressLine::Sample lcSample;
+    if (mcApplication) {
+        lcSample.What = mcApplication->Status().StatusString();
+        lcSample.NowMs = mcApplication->EventLoop().timeGetTime();
+    } else {
+        lcSample.What = msStatusLine;
+    }
+    const clsTerminalBar& lcBig = mcBars[int(Bar::Big)];
+    lcSample.BarVisible = lcBig.Visible();
+    lcSample.Min = lcBig.Min();
+    lcSample.Max = lcBig.Max();
+    lcSample.Position = lcBig.Value();
+    lcSample.Bytes = mByteCounter ? mByteCounter() : 0;
+    lcSample.Width = TerminalWidth();
+    return mcLine.Text(lcSample);
+}
+
+void clsTerminalWindow::PrintLine(const QString& vsText, bool vbNewLine, bool vbEvenIfQuiet)
+{
+    if (mbQuiet && !vbEvenIfQuiet)
+        return;
     const QString lsEnd = vbNewLine ? QStringLiteral("\n") : QString();
     if (!mbTerminal || msShown.isEmpty()) {
         Write(vsText + lsEnd);
@@ -131,7 +154,8 @@ void clsTerminalWindow::Finish()
 
 void clsTerminalWindow::Write(const QString& vsText)
 {
-    std::fputs(vsText.toLocal8Bit().constData(), mcOut);
+    const QString lsText = mUserNames ? mUserNames(vsText) : vsText;
+    std::fputs(lsText.toLocal8Bit().constData(), mcOut);
     std::fflush(mcOut);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/clsProgressLine.h"
 #include "platform/IMainWindow.h"
 
 #include <QMap>
@@ -7,6 +8,7 @@
 #include <QSet>
 #include <QStringList>
 #include <cstdio>
+#include <functional>
 
 class clsApplication;
 
@@ -33,10 +35,11 @@ private:
 };
 
 // The main window of the command line: the status model becomes one progress
-// line on stderr (status text, then the big and small bar in per cent),
-// redrawn in place on a terminal and written as plain lines otherwise. Of the
-// grid it keeps only whether rows are shown, so that --print writes what the
-// window would show.
+// line on stderr, redrawn in place on a terminal (what, a bar, n of N, bytes a
+// second, time left) and written as plain lines otherwise (status text, then
+// the big and small bar in per cent); --quiet keeps it silent. Of the grid it
+// keeps only whether rows are shown, so that --print writes what the window
+// would show.
 class clsTerminalWindow : public QObject, public IMainWindow
 {
     Q_OBJECT
@@ -46,9 +49,15 @@ public:
     // Draws whenever the application has copied its status model to the window.
     void Attach(clsApplication& rcApplication);
     // A line of its own (a message box, a log line): the progress line makes room and comes back below it.
-    void PrintLine(const QString& vsText, bool vbNewLine = true);
+    // Under --quiet only what must be seen (a question put to the user) is printed.
+    void PrintLine(const QString& vsText, bool vbNewLine = true, bool vbEvenIfQuiet = false);
+    void SetQuiet(bool vbQuiet) { mbQuiet = vbQuiet; }
+    // The bytes moved on the serial line so far, for the rate on the progress line.
+    void SetByteCounter(std::function<quint64()> vCounter) { mByteCounter = std::move(vCounter); }
     // Ends the progress line so that what follows starts on a fresh line.
     void Finish();
+    // Rewrites every text before it is shown: file names the user should see instead of the program's own.
+    void SetUserNames(std::function<QString(const QString&)> vUserNames) { mUserNames = std::move(vUserNames); }
     // False after ClearGrid until the next RecordsChanged: the grid shows only its header.
     bool ShowsRecords() const { return mbShowsRecords; }
     // The progress line as it stands now.
@@ -69,11 +78,15 @@ public:
 
 private:
     void Redraw();
+    QString LiveLine();
     void Write(const QString& vsText);
     int TerminalWidth() const;
 
     std::FILE* mcOut;
     bool mbTerminal;
+    bool mbQuiet = false;
+    std::function<quint64()> mByteCounter;
+    clsProgressLine mcLine;
     clsApplication* mcApplication = nullptr;
     QString msStatusLine;
     QString msShown;
@@ -83,4 +96,5 @@ private:
     clsTerminalBar mcBars[3];
     bool mbShowsRecords = false;
     QMap<int, QString> mcUploadFiles;
+    std::function<QString(const QString&)> mUserNames;
 };

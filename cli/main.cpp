@@ -8,16 +8,21 @@
 #include "cli/clsCliCommands.h"
 #include "cli/clsCliOptions.h"
 #include "cli/clsCliPort.h"
+#include "cli/clsCountingPort.h"
+#include "cli/clsPortAccess.h"
+#include "cli/clsPortList.h"
+#include "cli/clsDecodeHome.h"
 #include "cli/clsTerminalDialogs.h"
 #include "cli/clsTerminalWindow.h"
 #include "platform/Err.h"
 #include "platform/QtEventLoop.h"
+#include "platform/QtSerialPort.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
-#include <QTemporaryDir>
+#include <QGuiApplication>
 #include <functional>
 #include <cstdio>
 #include <cstdlib>
@@ -40,42 +45,6 @@ int BadUsage(const QString& vsWhy)
 {
     WriteErr(QStringLiteral("corvane: ") + vsWhy + QStringLiteral("\nTry \"corvane --help\".\n"));
     return clsCliCommands::kExitUsage;
-}
-
-// The page files of an earlier download (and the place table beside them, if
-// any) are copied into a home of their own, so the decode never writes in DIR.
-// A name that a Windows copy changed in case ("page3.dsw") is read all the same.
-bool PrepareDecodeHome(const QString& vsDirectory, const QString& vsHome, QString& rsError)
-{
-    const QDir lcSource(vsDirectory);
-    if (!lcSource.exists()) {
-        rsError = QStringLiteral("Path not found: ") + QDir::toNativeSeparators(vsDirectory);
-        return false;
-    }
-    static const QRegularExpression scPage(QStringLiteral("^page(\\d+)\\.dsw$"),
-                                           QRegularExpression::CaseInsensitiveOption);
-    int llPages = 0;
-    for (const QString& lsFile : lcSource.entryList(QDir::Files)) {
-        const QRegularExpressionMatch lcMatch = scPage.match(lsFile);
-        QString lsTarget;
-        if (lcMatch.hasMatch()) {
-            lsTarget = QStringLiteral("Page") + QString::number(lcMatch.captured(1).toLongLong()) + QStringLiteral(".DSW");
-            ++llPages;
-        } else if (lsFile.compare(QLatin1String("postcode.gps"), Qt::CaseInsensitive) == 0) {
-            lsTarget = QStringLiteral("postcode.gps");
-        } else {
-            continue;
-        }
-        if (!QFile::copy(lcSource.filePath(lsFile), QDir(vsHome).filePath(lsTarget))) {
-            rsError = QStringLiteral("Unable to read ") + QDir::toNativeSeparators(lcSource.filePath(lsFile));
-            return false;
-        }
-    }
-    if (llPages == 0) {
-        rsError = QStringLiteral("No page files (PageN.DSW) in ") + QDir::toNativeSeparators(vsDirectory);
-        return false;
-    }
-    return true;
 }
 
 // The home holds the log and the settings, so it must take new files.
@@ -125,20 +94,25 @@ int AnswerWithoutRunning(clsCliOptions& rcOptions)
 
 // The entry procedure's shape: create the application, Init, Start (which
 // runs the command where the window program shows its window, then DeInit).
-int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const std::function<void()>& vCleanUp)
+int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, clsDecodeHome& rcDecodeHome)
 {
     QtEventLoop lcEventLoop;
     clsTerminalWindow lcWindow(stderr, isatty(2));
+    lcWindow.SetUserNames([&rcDecodeHome](const QString& vsText) { return rcDecodeHome.UserNames(vsText); });
     clsTerminalDialogs lcDialogs(lcWindow, vcOptions.mAnswer, vcOptions.mbInteractive);
+    lcWindow.SetQuiet(vcOptions.mbQuiet);
+    lcDialogs.SetReconnects(vcOptions.mlReconnects);
     clsCliPort lcPort(vcOptions.mbSimulate, lcEventLoop);
     if (!lcPort.Error().isEmpty()) {
         WriteErr(QStringLiteral("corvane: ") + lcPort.Error() + QLatin1Char('\n'));
         return clsCliCommands::kExitError;
     }
+    clsCountingPort lcCountingPort(lcPort.Port());
+    lcWindow.SetByteCounter([&]() { return lcCountingPort.Bytes(); });
     vcPlatform.EventLoop = &lcEventLoop;
     vcPlatform.Dialogs = &lcDialogs;
     vcPlatform.MainWindow = &lcWindow;
-    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcPort.Port();
+    vcPlatform.Port = vcOptions.mCommand == clsCliOptions::Command::Decode ? nullptr : &lcCountingPort;
 
     clsApplication lcApplication(vcPlatform);
     lcWindow.Attach(lcApplication);
@@ -147,9 +121,14 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const
         lcWindow.Finish();
         WriteErr(QStringLiteral("corvane: ") + vsWhy + QLatin1Char('\n'));
         lcApplication.Quite();
-        vCleanUp();
+        rcDecodeHome.Remove();
         std::exit(clsCliCommands::kExitUsage);
     });
+    // The port's own reason, once, before the question about a silent display.
+    QObject::connect(&lcApplication, &clsApplication::PortTrouble, [&lcWindow](const QString& vsText) {
+        lcWindow.PrintLine(QStringLiteral("corvane: ") + vsText);
+    });
+    lcDialogs.SetOnGiveUp([&lcApplication]() { lcApplication.SetCommunicationStopped(true); });
     lcApplication.Init();
     if (vcOptions.mbVerbose)
         lcApplication.Logger().SetEcho([&](const QString& vsLine) {
@@ -157,23 +136,68 @@ int RunApplication(const clsCliOptions& vcOptions, clsPlatform vcPlatform, const
                 lcWindow.PrintLine(vsLine);
         });
     ApplyPortOption(lcApplication, vcOptions.msPort);
+    lcApplication.SetRecordsTaken(vcOptions.mcPagesTaken);
+    // A port refused for want of permission says so now, not as six time-outs later.
+    if (vcPlatform.Port && !vcOptions.mbSimulate) {
+        const QString lsProblem = clsPortAccess::Problem(QtSerialPort::DeviceName(vcPlatform.Port->CommPort()));
+        if (!lsProblem.isEmpty()) {
+            lcWindow.Finish();
+            WriteErr(QStringLiteral("corvane: ") + lsProblem + QLatin1Char('\n'));
+            lcApplication.Quite();
+            return clsCliCommands::kExitError;
+        }
+    }
 
     int llExit = clsCliCommands::kExitOk;
     lcApplication.Start([&]() { llExit = clsCliCommands(lcApplication, vcOptions, lcWindow, lcDialogs).Run(); });
     lcWindow.Finish();
     return llExit;
 }
+
+// The PDF export draws text, which needs Qt's fonts and so a QGuiApplication;
+// its off-screen platform needs no display. Every other run stays without.
+std::unique_ptr<QCoreApplication> MakeQtApplication(int& rlArgc, char** vcArgv)
+{
+    bool lbPdf = false;
+    for (int i = 1; i < rlArgc; ++i) {
+        const QString lsArgument = QString::fromLocal8Bit(vcArgv[i]).toLower();
+        lbPdf = lbPdf || lsArgument.endsWith(QLatin1String(".pdf")) || lsArgument == QLatin1String("pdf")
+             || lsArgument == QLatin1String("--format=pdf");
+    }
+    if (!lbPdf)
+        return std::make_unique<QCoreApplication>(rlArgc, vcArgv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(rlArgc, vcArgv);
+}
+
+// When the newest page file of a decode was written: the download's date for an export's header.
+QDateTime PagesWritten(const QString& vsDirectory)
+{
+    QDateTime lcNewest;
+    for (const QFileInfo& lcFile : QDir(vsDirectory).entryInfoList({QStringLiteral("page*.dsw")}, QDir::Files))
+        if (!lcNewest.isValid() || lcFile.lastModified() > lcNewest)
+            lcNewest = lcFile.lastModified();
+    return lcNewest;
+}
+
+int ListPorts()
+{
+    std::fputs(clsPortList::Listing(clsPortList::Available()).toLocal8Bit().constData(), stdout);
+    return clsCliCommands::kExitOk;
+}
 }
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication lcQtApplication(argc, argv);
+    const std::unique_ptr<QCoreApplication> lcQtApplication = MakeQtApplication(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("corvane"));
 
     clsCliOptions lcOptions;
     const int llAnswered = AnswerWithoutRunning(lcOptions);
     if (llAnswered >= 0)
         return llAnswered;
+    if (lcOptions.mCommand == clsCliOptions::Command::Ports)
+        return ListPorts();
     lcOptions.mbInteractive = isatty(0) && isatty(2);
     if (!lcOptions.msOutput.isEmpty())
         lcOptions.msOutput = QFileInfo(lcOptions.msOutput).absoluteFilePath();
@@ -181,15 +205,15 @@ int main(int argc, char* argv[])
     clsPlatform lcPlatform;
     lcPlatform.HomeDir = lcOptions.msHome;
     lcPlatform.PlacesFile = lcOptions.msPlaces;
-    QTemporaryDir lcDecodeHome;
+    clsDecodeHome lcDecodeHome;
     if (lcOptions.mCommand == clsCliOptions::Command::Decode) {
         QString lsError;
-        if (!lcDecodeHome.isValid() || !PrepareDecodeHome(lcOptions.msDecodeDirectory, lcDecodeHome.path(), lsError)) {
-            WriteErr(QStringLiteral("corvane: ") + (lsError.isEmpty() ? lcDecodeHome.errorString() : lsError)
-                     + QLatin1Char('\n'));
+        if (!lcDecodeHome.Prepare(lcOptions.msDecodeDirectory, lsError)) {
+            WriteErr(QStringLiteral("corvane: ") + lsError + QLatin1Char('\n'));
             return clsCliCommands::kExitError;
         }
-        lcPlatform.HomeDir = lcDecodeHome.path();
+        lcPlatform.HomeDir = lcDecodeHome.Path();
+        lcOptions.mcPagesTaken = PagesWritten(lcOptions.msDecodeDirectory);
     }
     if (!lcPlatform.HomeDir.isEmpty() && !HomeIsWritable(lcPlatform.HomeDir)) {
         WriteErr(QStringLiteral("corvane: cannot write in the home directory ")
@@ -200,10 +224,10 @@ int main(int argc, char* argv[])
     // ends the run here. (The log and the settings file never get this far:
     // without a log the run goes on, and settings writes are best effort.)
     try {
-        return RunApplication(lcOptions, lcPlatform, [&]() { lcDecodeHome.remove(); });
+        return RunApplication(lcOptions, lcPlatform, lcDecodeHome);
     } catch (const clsRuntimeError& e) {
         const QString lsSource = e.Source().isEmpty() ? QString() : QStringLiteral(" (") + e.Source() + QLatin1Char(')');
-        WriteErr(QStringLiteral("corvane: ") + e.Description() + lsSource + QLatin1Char('\n'));
+        WriteErr(lcDecodeHome.UserNames(QStringLiteral("corvane: ") + e.Description() + lsSource + QLatin1Char('\n')));
         return clsCliCommands::kExitError;
     }
 }

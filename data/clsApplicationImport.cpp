@@ -11,6 +11,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -63,8 +65,7 @@ qint32 ToLong(double vdValue)
 class PageValues
 {
 public:
-    PageValues(QByteArray vcContent, QString vsFile)
-        : mcContent(std::move(vcContent)), msFile(std::move(vsFile)) {}
+    PageValues(const QByteArray& vcContent, QString vsFile) : mcContent(vcContent), msFile(std::move(vsFile)) {}
 
     quint8 Next()
     {
@@ -100,7 +101,7 @@ public:
     }
 
 private:
-    QByteArray mcContent;
+    const QByteArray& mcContent;
     QString msFile;
     qsizetype mlPos = 0;
     qint64 mlLine = 0;
@@ -109,23 +110,27 @@ private:
 // Appends the valid records of one page file to the collection, then deletes
 // the file. A read error leaves the file where it is.
 template <typename F>
-void DecodePageFile(const QString& vsFile, qint32 vlPageSize, clsRecordCollection& rcRecords,
+void DecodePageFile(const QString& vsFile, qint32 vlPageSize, QByteArray& rcBuffer, clsRecordCollection& rcRecords,
                     clsProgressBarInfo& rcBar, F&& vRecordAdded)
 {
     QFile lcFile(vsFile);
     if (!lcFile.open(QIODevice::ReadOnly))
         RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
-    PageValues lcValues(lcFile.readAll(), vsFile);
+    rcBuffer.resize(lcFile.size());
+    const qint64 llRead = lcFile.read(rcBuffer.data(), rcBuffer.size());
+    if (llRead < 0)
+        RaiseInFile(VbError::PathFileAccessError, vsFile, 0);
+    rcBuffer.resize(llRead);
     lcFile.close();
-    auto lcRecord = std::make_unique<clsHalvexRecord>();
+    PageValues lcValues(rcBuffer, vsFile);
     clsHalvexRecord::Bytes lcBytes;
     for (qint32 llLeft = vlPageSize; llLeft / clsHalvexRecord::kSize >= 1; llLeft -= clsHalvexRecord::kSize) {
         for (quint8& rbyValue : lcBytes)
             rbyValue = lcValues.Next();
-        lcRecord->DeCodeData(lcBytes);
-        if (lcRecord->IsValid()) {
+        clsHalvexRecord lcRecord;
+        lcRecord.DeCodeData(lcBytes);
+        if (lcRecord.IsValid()) {
             rcRecords.Add(std::move(lcRecord));
-            lcRecord = std::make_unique<clsHalvexRecord>();
             vRecordAdded();
         }
         rcBar.Increment();
@@ -152,6 +157,9 @@ void clsApplication::ImportDataFromDisplay(clsError& rcError)
 {
     RunStep(rcError, [&] { CheckForOperatingSystem(rcError); });
     RunStep(rcError, [&] { DownloadPages(rcError); });
+    // The download date an export's header shows.
+    if (!rcError.IsError())
+        mcRecordsTaken = QDateTime::currentDateTime();
     RunStep(rcError, [&] { DecodeDataFromFiles(rcError); });
     ProcessDecodedRecords(*this, rcError);
 }
@@ -207,12 +215,25 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
         rcLoop.DoEvents();
         llEventsRun = rcLoop.timeGetTime();
     };
+    // Room for every record the page files can hold (a record takes 24
+    // lines of at least two bytes), so the records never move while they come in.
+    std::vector<QString> lcFiles;
+    qint64 llRoom = mcRecords->Count();
     for (qint32 llPage = vcInfo.FirstPage(); llPage <= vcInfo.LastPage(); ++llPage) {
         const QString lsFile = PageFileName(llPage);
-        if (Logger().CheckFileExists(lsFile)) {
+        const bool lbFound = Logger().CheckFileExists(lsFile);
+        lcFiles.push_back(lbFound ? lsFile : QString());
+        if (lbFound)
+            llRoom += std::min<qint64>(llPageSize / clsHalvexRecord::kSize, QFileInfo(lsFile).size() / 48);
+    }
+    mcRecords->Reserve(int(std::min<qint64>(llRoom, std::numeric_limits<int>::max())));
+    // One buffer for every file: a fresh one per file cost more in page faults than reading.
+    QByteArray lcBuffer;
+    for (const QString& lsFile : lcFiles) {
+        if (!lsFile.isEmpty()) {
             rcSmall.SetVisible(true);
             rcSmall.Reset();
-            DecodePageFile(lsFile, llPageSize, *mcRecords, rcSmall, lcRecordAdded);
+            DecodePageFile(lsFile, llPageSize, lcBuffer, *mcRecords, rcSmall, lcRecordAdded);
             rcSmall.SetVisible(false);
         }
         rcBig.Increment();
@@ -273,7 +294,7 @@ void clsApplication::CorrectKmInformation(clsError& rcError)
     for (qint32 i = 1; i <= mcRecords->Count(); ++i) {
         clsHalvexRecord& rcRecord = mcRecords->Item(i);
         if (rcRecord.IsValid()) {
-            if (llAnchor == 0 && rcRecord.IsValidKmStand() && !rcRecord.sEndKm().isEmpty())
+            if (llAnchor == 0 && rcRecord.IsValidKmStand() && rcRecord.HasEndKm())
                 llAnchor = i;
             if (rcRecord.isKmCorrectieType()) {
                 const double ldPrevious = rcRecord.PreviousKM().toDouble();
@@ -302,7 +323,7 @@ void clsApplication::RecalculateKmTellers(qint32 vlAnchor, qint32 vlCorrection, 
         return;
     for (qint32 j = vlAnchor; j <= vlCorrection - 1; ++j) {
         clsHalvexRecord& rcRecord = mcRecords->Item(j);
-        if (!rcRecord.IsValid() || !rcRecord.IsValidKmStand() || rcRecord.sEndKm().isEmpty())
+        if (!rcRecord.IsValid() || !rcRecord.IsValidKmStand() || !rcRecord.HasEndKm())
             continue;
         const double ldKm = rcRecord.lEndKmTeller();
         if (!(ldKm > A && std::fabs(ldKm - A) < 10000))
@@ -395,16 +416,16 @@ void clsApplication::CollectRoutes()
             if (lsPlace.isEmpty())
                 lsPlace = rcRecord.GPSLocation();
             if (lsPlace != lsLastPlace) {
-                if (lsRoute.isEmpty())
-                    lsRoute = lsPlace;
-                else
-                    lsRoute += QLatin1Char(';') + lsPlace;
+                if (!lsRoute.isEmpty())
+                    lsRoute += QLatin1Char(';');
+                lsRoute += lsPlace;
             }
             lsLastPlace = lsPlace;
         }
+        // The trip gets a copy of just its route; the text being built keeps its room for the next one.
         if (rcRecord.IsValid() && rcRecord.isRitRegType()) {
-            rcRecord.SetRoute(lsRoute);
-            lsRoute.clear();
+            rcRecord.SetRoute(QString(lsRoute.constData(), lsRoute.size()));
+            lsRoute.truncate(0);
         }
         rcBar.Increment();
     }

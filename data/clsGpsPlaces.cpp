@@ -9,12 +9,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 
 namespace {
 // The initial best distance of the scan: a full circle of longitude, squared.
 constexpr double kFarAway = 46656000000000000.0;
-constexpr qint64 kInt32Max = std::numeric_limits<qint32>::max();
-constexpr qint64 kInt32Min = std::numeric_limits<qint32>::min();
 
 // The leading number of a text, leniently: blanks are skipped, anything that
 // is not a number gives 0, a fraction or exponent is allowed.
@@ -57,37 +56,101 @@ qint32 ToLong(double vdValue)
     return qint32(ldRounded);
 }
 
-// The lines of the file as a text-mode read gives them: ended by CR LF, a
-// lone CR or a lone LF; a last line without an ending counts too.
-std::vector<QByteArray> SplitLines(const QByteArray& vcContent)
+// The leading number of a field. A plain run of digits, the usual case, is
+// read directly; anything else goes through the lenient reading.
+double FieldValue(const char* vcBegin, const char* vcEnd)
 {
-    std::vector<QByteArray> lcLines;
-    qsizetype llStart = 0;
-    const qsizetype llSize = vcContent.size();
-    for (qsizetype i = 0; i < llSize; ++i) {
-        const char c = vcContent[i];
-        if (c != '\r' && c != '\n')
-            continue;
-        lcLines.push_back(vcContent.mid(llStart, i - llStart));
-        if (c == '\r' && i + 1 < llSize && vcContent[i + 1] == '\n')
-            ++i;
-        llStart = i + 1;
+    const char* p = vcBegin;
+    const bool lbNegative = p != vcEnd && *p == '-';
+    if (lbNegative)
+        ++p;
+    if (p == vcEnd || vcEnd - p > 15)
+        return Val(QByteArray(vcBegin, vcEnd - vcBegin));
+    qint64 llValue = 0;
+    for (; p != vcEnd; ++p) {
+        if (*p < '0' || *p > '9')
+            return Val(QByteArray(vcBegin, vcEnd - vcBegin));
+        llValue = llValue * 10 + (*p - '0');
     }
-    if (llStart < llSize)
-        lcLines.push_back(vcContent.mid(llStart));
+    return double(lbNegative ? -llValue : llValue);
+}
+
+// One line of the file as a text-mode read gives it: ended by CR LF, a lone
+// CR or a lone LF; a last line without an ending counts too.
+struct Line {
+    const char* begin;
+    const char* end;
+};
+
+std::vector<Line> SplitLines(const QByteArray& vcContent)
+{
+    std::vector<Line> lcLines;
+    const char* p = vcContent.constData();
+    const char* lcEnd = p + vcContent.size();
+    while (p != lcEnd) {
+        const char* lcStart = p;
+        while (p != lcEnd && *p != '\r' && *p != '\n')
+            ++p;
+        lcLines.push_back(Line{lcStart, p});
+        if (p != lcEnd && *p++ == '\r' && p != lcEnd && *p == '\n')
+            ++p;
+    }
     return lcLines;
 }
 
 // The text in front of the next ";", taking it and the ";" off the line. A
 // line without one cannot be split: an invalid procedure call.
-QByteArray TakeField(QByteArray& rcLine)
+Line TakeField(Line& rcLine)
 {
-    const qsizetype llSeparator = rcLine.indexOf(';');
-    if (llSeparator < 0)
+    const char* lcSeparator = std::find(rcLine.begin, rcLine.end, ';');
+    if (lcSeparator == rcLine.end)
         Err::Raise(VbError::InvalidProcedureCall);
-    QByteArray lcField = rcLine.left(llSeparator);
-    rcLine.remove(0, llSeparator + 1);
+    const Line lcField{rcLine.begin, lcSeparator};
+    rcLine.begin = lcSeparator + 1;
     return lcField;
+}
+
+// Where a place text stands in the block of all texts: its offset in the
+// high half, its length in the low half.
+quint64 Tag(qsizetype vlOffset, qsizetype vlLength)
+{
+    return (quint64(vlOffset) << 32) | quint64(vlLength);
+}
+
+// Place texts are handed out without a reference count, pointing into a
+// block of all the texts of a table that is kept until the program ends: a
+// text copied anywhere stays valid after its table is gone, and handing one
+// out touches no counter (a counter per text, scattered over the heap, cost a
+// search more than finding the place). One block per table loaded.
+const QChar* KeptForGood(QString vsBlock)
+{
+    static std::mutex gcLock;
+    static auto* gcBlocks = new std::vector<QString>;
+    const std::lock_guard<std::mutex> lcGuard(gcLock);
+    gcBlocks->push_back(std::move(vsBlock));
+    return gcBlocks->back().constData();
+}
+
+// All the texts in one block, one after another; rcTags says where each stands.
+const QChar* SharedTexts(const std::vector<Line>& vcTexts, std::vector<quint64>& rcTags)
+{
+    qsizetype llTotal = 0;
+    for (const Line& rcText : vcTexts)
+        llTotal += rcText.end - rcText.begin;
+    if (llTotal > qsizetype(std::numeric_limits<quint32>::max()))
+        Err::Raise(VbError::Overflow);
+    QString lsBlock(llTotal, Qt::Uninitialized);
+    QChar* lcBlock = lsBlock.data();
+    rcTags.clear();
+    rcTags.reserve(vcTexts.size() + 1);
+    qsizetype llOffset = 0;
+    for (const Line& rcText : vcTexts) {
+        rcTags.push_back(Tag(llOffset, rcText.end - rcText.begin));
+        for (const char* p = rcText.begin; p != rcText.end; ++p)
+            lcBlock[llOffset++] = Cp1252::DecodeByte(static_cast<unsigned char>(*p));
+    }
+    rcTags.push_back(0);
+    return KeptForGood(std::move(lsBlock));
 }
 }
 
@@ -115,9 +178,9 @@ clsGpsPlaces::clsGpsPlaces(const QString& vsPath, IUserDialogs* vcDialogs)
         mlCount = 0;
         mcLatitudes.assign(1, 0);
         mcLongitudes.assign(1, 0);
-        mcNames.assign(1, QString());
+        mcTexts.assign(1, 0);
     }
-    mcIndex.Build(mcLatitudes, mcLongitudes);
+    mcIndex.Build(mcLatitudes, mcLongitudes, mcTexts);
 }
 
 clsGpsPlaces::~clsGpsPlaces() = default;
@@ -128,26 +191,35 @@ void clsGpsPlaces::Load(const QString& vsPath)
     QFile lcFile(vsPath);
     if (!lcFile.open(QIODevice::ReadOnly))
         Err::Raise(VbError::PathFileAccessError);
-    const std::vector<QByteArray> lcLines = SplitLines(lcFile.readAll());
+    const QByteArray lcContent = lcFile.readAll();
+    std::vector<Line> lcLines = SplitLines(lcContent);
+    if (lcLines.size() > size_t(std::numeric_limits<qint32>::max()))
+        Err::Raise(VbError::Overflow);
     const size_t llSlots = lcLines.size() + 1;
     mcLatitudes.assign(llSlots, 0);
     mcLongitudes.assign(llSlots, 0);
-    mcNames.assign(llSlots, QString());
     for (size_t k = 0; k < lcLines.size(); ++k) {
-        QByteArray lcLine = lcLines[k];
-        mcLongitudes[k] = ToLong(Val(TakeField(lcLine)));
-        mcLatitudes[k] = ToLong(Val(TakeField(lcLine)));
-        mcNames[k] = Cp1252::Decode(lcLine);
+        const Line lcLongitude = TakeField(lcLines[k]);
+        const Line lcLatitude = TakeField(lcLines[k]);
+        mcLongitudes[k] = ToLong(FieldValue(lcLongitude.begin, lcLongitude.end));
+        mcLatitudes[k] = ToLong(FieldValue(lcLatitude.begin, lcLatitude.end));
     }
-    if (lcLines.size() > size_t(std::numeric_limits<qint32>::max()))
-        Err::Raise(VbError::Overflow);
+    mcTextBlock = SharedTexts(lcLines, mcTexts);
     mlCount = qint32(lcLines.size());
+}
+
+QString clsGpsPlaces::Text(quint64 vlTag) const
+{
+    const qsizetype llLength = qsizetype(vlTag & 0xFFFFFFFFu);
+    if (llLength == 0)
+        return QString();
+    return QString::fromRawData(mcTextBlock + (vlTag >> 32), llLength);
 }
 
 clsGpsPlace clsGpsPlaces::Place(qint32 vlSlot) const
 {
     const size_t i = size_t(vlSlot);
-    return clsGpsPlace{mcNames[i], mcLatitudes[i], mcLongitudes[i]};
+    return clsGpsPlace{Text(mcTexts[i]), mcLatitudes[i], mcLongitudes[i]};
 }
 
 QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) const
@@ -156,8 +228,8 @@ QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) cons
         return QStringLiteral(" ");
     if (mlCount < 1)
         return QString();
-    const qint32 llSlot = mcIndex.Nearest(vlLatitude, vlLongitude);
-    return llSlot < 0 ? QString() : mcNames[size_t(llSlot)];
+    const clsPlaceIndex::Found lcFound = mcIndex.Nearest(vlLatitude, vlLongitude);
+    return lcFound.found ? Text(lcFound.tag) : QString();
 }
 
 // Plain Euclidean distance on the encoded values, latitude and longitude
@@ -183,5 +255,5 @@ QString clsGpsPlaces::searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude
             llBest = i;
         }
     }
-    return clsPlaceIndex::kLimit >= ldBest ? mcNames[llBest] : QString();
+    return clsPlaceIndex::kLimit >= ldBest ? Text(mcTexts[llBest]) : QString();
 }

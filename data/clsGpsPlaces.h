@@ -34,11 +34,14 @@ public:
 
 private:
     void Load(const QString& vsPath);
+    QString Text(quint64 vlTag) const;
 
     qint32 mlCount = 0;
     // Slots 0 to N; slot N stays at (0, 0) with an empty text.
     std::vector<qint32> mcLatitudes;
     std::vector<qint32> mcLongitudes;
-    std::vector<QString> mcNames;
+    // All place texts in one block; mcTexts[i] says where the text of slot i stands in it.
+    const QChar* mcTextBlock = nullptr;
+    std::vector<quint64> mcTexts;
     clsPlaceIndex mcIndex;
 };

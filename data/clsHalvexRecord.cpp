@@ -89,14 +89,49 @@ void clsHalvexRecord::DeCodeData(const quint8* vcData, int vlCount)
         return;
     }
     std::copy(vcData, vcData + kSize, mcData.begin());
-    msOriginPlaceCache.clear();
-    msDestinationPlaceCache.clear();
+    if (mcTexts) {
+        mcTexts->originPlace.clear();
+        mcTexts->destinationPlace.clear();
+    }
     mbIsValid = true;
     mbValidGps = false;
     for (int i = 6; i <= 13; ++i)
         mbValidGps = mbValidGps || mcData[size_t(i)] != 0;
     mbIsValidKmStand = HasKmCounter()
         && !(mcData[20] == 255 && mcData[21] == 255 && mcData[22] == 255 && mcData[23] == 255);
+}
+
+clsHalvexRecord::clsHalvexRecord(const clsHalvexRecord& rcOther)
+{
+    *this = rcOther;
+}
+
+clsHalvexRecord& clsHalvexRecord::operator=(const clsHalvexRecord& rcOther)
+{
+    if (this == &rcOther)
+        return *this;
+    mlStartLatitude = rcOther.mlStartLatitude;
+    mlStartLongitude = rcOther.mlStartLongitude;
+    mcData = rcOther.mcData;
+    mbIsValid = rcOther.mbIsValid;
+    mbValidGps = rcOther.mbValidGps;
+    mbIsValidKmStand = rcOther.mbIsValidKmStand;
+    mlRecordNummer = rcOther.mlRecordNummer;
+    mlRitnummer = rcOther.mlRitnummer;
+    mlStartKmTeller = rcOther.mlStartKmTeller;
+    mcTexts = rcOther.mcTexts ? std::make_unique<Texts>(*rcOther.mcTexts) : nullptr;
+    return *this;
+}
+
+clsHalvexRecord::~clsHalvexRecord() = default;
+
+void clsHalvexRecord::SetRoute(const QString& vsRoute)
+{
+    if (!mcTexts && vsRoute.isEmpty())
+        return;
+    if (!mcTexts)
+        mcTexts = std::make_unique<Texts>();
+    mcTexts->route = vsRoute;
 }
 
 bool clsHalvexRecord::isDisplayType() const
@@ -236,8 +271,11 @@ QString clsHalvexRecord::DriveKm() const
     return QString();
 }
 
-QString clsHalvexRecord::Place(QString& rsCache, qint32 vlLatitude, qint32 vlLongitude) const
+QString clsHalvexRecord::Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude) const
 {
+    if (!mcTexts)
+        mcTexts = std::make_unique<Texts>();
+    QString& rsCache = (*mcTexts).*vmCache;
     if (rsCache.isEmpty()) {
         rsCache = gcPlaces ? gcPlaces->searchPosition(vlLatitude, vlLongitude) : QString();
         // A single space remembers that nothing was found, so the table is asked once.
@@ -252,7 +290,7 @@ QString clsHalvexRecord::Origin(bool vbZipCode) const
     if (!mbValidGps)
         return Unknown();
     if (vbZipCode)
-        return Place(msOriginPlaceCache, mlStartLatitude, mlStartLongitude);
+        return Place(&Texts::originPlace, mlStartLatitude, mlStartLongitude);
     return Latitude_to_String(0, mlStartLatitude) + QLatin1Char(' ') + Longitude_to_String(0, mlStartLongitude);
 }
 
@@ -261,7 +299,7 @@ QString clsHalvexRecord::Destination(bool vbZipCode) const
     if (!mbValidGps)
         return Unknown();
     if (vbZipCode)
-        return Place(msDestinationPlaceCache, lEndLatitude(), lEndLongitude());
+        return Place(&Texts::destinationPlace, lEndLatitude(), lEndLongitude());
     return GPSLocation();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <array>
+#include <memory>
 
 class clsGpsPlaces;
 
@@ -13,6 +14,13 @@ class clsHalvexRecord
 public:
     static constexpr int kSize = 24;
     using Bytes = std::array<quint8, kSize>;
+
+    clsHalvexRecord() = default;
+    clsHalvexRecord(const clsHalvexRecord& rcOther);
+    clsHalvexRecord(clsHalvexRecord&&) noexcept = default;
+    clsHalvexRecord& operator=(const clsHalvexRecord& rcOther);
+    clsHalvexRecord& operator=(clsHalvexRecord&&) noexcept = default;
+    ~clsHalvexRecord();
 
     // Decodes an array of exactly 24 bytes (vlCount must be 24).
     void DeCodeData(const quint8* vcData, int vlCount);
@@ -41,6 +49,8 @@ public:
     qint32 lEndLongitude() const;
     qint32 lEndKmTeller() const;
     void SetlEndKmTeller(qint32 vlValue);
+    // Whether sEndKm shows a number, without making its text.
+    bool HasEndKm() const { return mbIsValidKmStand && HasKmCounter() && !EndKmIsBlank(); }
 
     qint32 lStartKmTeller() const { return mlStartKmTeller; }
     void SetlStartKmTeller(qint32 vlValue) { mlStartKmTeller = vlValue; }
@@ -48,8 +58,8 @@ public:
     void SetRecordNumber(qint32 vlValue) { mlRecordNummer = vlValue; }
     qint32 Ritnummer() const { return mlRitnummer; }
     void SetRitnummer(qint32 vlValue) { mlRitnummer = vlValue; }
-    QString Route() const { return msRoute; }
-    void SetRoute(const QString& vsRoute) { msRoute = vsRoute; }
+    QString Route() const { return mcTexts ? mcTexts->route : QString(); }
+    void SetRoute(const QString& vsRoute);
 
     qint32 mlStartLatitude = 0;
     qint32 mlStartLongitude = 0;
@@ -93,15 +103,24 @@ public:
     static void UsePlaces(const clsGpsPlaces* vcPlaces);
 
 private:
+    // A full display holds 700000 records, most of them route points that
+    // never get a route or a place text: the texts live apart, made when
+    // the first one is set, so a record takes 56 bytes instead of 120.
+    struct Texts {
+        QString route;
+        QString originPlace;       // cached place texts, " " when nothing was found
+        QString destinationPlace;
+    };
+
     qint32 Read32(int vlOffset) const;
     bool IsType(int vlLow, int vlHigh) const { return RecordType() >= vlLow && RecordType() <= vlHigh; }
     bool HasKmCounter() const { return isRitRegType() || IsType(6, 8); }
     bool EndKmIsBlank() const;
-    QString Place(QString& rsCache, qint32 vlLatitude, qint32 vlLongitude) const;
+    QString Place(QString Texts::*vmCache, qint32 vlLatitude, qint32 vlLongitude) const;
 
     // Reading a flagged field clears its flag bit in place, and the place
-    // columns remember their lookup; neither changes a text column, so the
-    // text columns can be read from a const record.
+    // columns remember their lookup (in mcTexts); neither changes a text
+    // column, so the text columns can be read from a const record.
     mutable Bytes mcData{};
     bool mbIsValid = false;
     bool mbValidGps = false;
@@ -109,7 +128,5 @@ private:
     qint32 mlRecordNummer = 0;
     qint32 mlRitnummer = 0;
     qint32 mlStartKmTeller = 0;
-    QString msRoute;
-    mutable QString msOriginPlaceCache;
-    mutable QString msDestinationPlaceCache;
+    mutable std::unique_ptr<Texts> mcTexts;
 };

@@ -4,45 +4,132 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
+#include <tuple>
 
 namespace {
-// Wider than the limit's radius (55555.56), so a place within the limit is never two cells away.
-constexpr qint64 kCellSize = 55556;
+// The farthest whole offset in one axis that can still lie within the limit
+// (55555 squared is below the limit, 55556 squared above it).
+constexpr qint64 kReach = 55555;
+// Twice the reach and a little: the places near enough to a position lie in
+// at most two rows of cells and two cells of each row.
+constexpr qint64 kCellSize = 2 * (kReach + 1);
+static_assert(kCellSize > 2 * kReach, "a search reads at most two rows");
+// The squared distance that no place within the limit reaches.
+constexpr qint64 kBeyond = 3086419754;
+constexpr qint64 kBlockWidth = 32;
+// No row of 32-bit coordinates gets near this number, so it marks a free hash slot.
+constexpr quint64 kFree = quint64(0x7FFFFFFF) << 32;
+
+inline qint64 FloorDiv(qint64 vlValue, qint64 vlBy)
+{
+    return vlValue >= 0 ? vlValue / vlBy : -((-vlValue + vlBy - 1) / vlBy);
 }
 
-qint64 clsPlaceIndex::Cell(qint32 vlValue)
+inline qint64 Cell(qint64 vlValue)
 {
-    const qint64 llValue = vlValue;
-    return llValue >= 0 ? llValue / kCellSize : -((-llValue + kCellSize - 1) / kCellSize);
+    return FloorDiv(vlValue, kCellSize);
 }
 
-void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes)
+// The cells of a block below column vlBit.
+quint32 Below(qint64 vlBit)
 {
-    const size_t llCount = std::min(vcLatitudes.size(), vcLongitudes.size());
-    std::vector<qint32> lcOrder(llCount);
-    std::iota(lcOrder.begin(), lcOrder.end(), 0);
-    const auto lcCell = [&](qint32 i) {
-        return std::make_pair(Cell(vcLatitudes[size_t(i)]), Cell(vcLongitudes[size_t(i)]));
-    };
-    std::stable_sort(lcOrder.begin(), lcOrder.end(), [&](qint32 a, qint32 b) { return lcCell(a) < lcCell(b); });
+    return vlBit >= kBlockWidth ? 0xFFFFFFFFu : (quint32(1) << vlBit) - 1;
+}
 
-    mcEntries.resize(llCount);
-    mcColumns.resize(llCount);
-    for (size_t i = 0; i < llCount; ++i) {
-        const size_t llSlot = size_t(lcOrder[i]);
-        mcEntries[i] = Entry{vcLatitudes[llSlot], vcLongitudes[llSlot], qint32(llSlot)};
-        mcColumns[i] = qint32(Cell(vcLongitudes[llSlot]));
+int Bits(quint32 vlCells)
+{
+    return __builtin_popcount(vlCells);
+}
+}
+
+quint64 clsPlaceIndex::Key(qint64 vlRow, qint64 vlBlock)
+{
+    return (quint64(quint32(qint32(vlRow))) << 32) | quint32(qint32(vlBlock));
+}
+
+const clsPlaceIndex::Block* clsPlaceIndex::Find(qint64 vlRow, qint64 vlBlock) const
+{
+    const quint64 llKey = Key(vlRow, vlBlock);
+    for (quint64 i = (llKey * 0x9E3779B97F4A7C15ull) >> mlShift;; i = (i + 1) & mlMask) {
+        const Block& rcBlock = mcBlocks[i];
+        if (rcBlock.key == llKey)
+            return &rcBlock;
+        if (rcBlock.key == kFree)
+            return nullptr;
     }
-    // Rows of 32-bit coordinates number at most about 77000, so a row directory stays small.
-    mcRowStart.clear();
-    mlFirstRow = llCount ? Cell(mcEntries.front().latitude) : 0;
-    const qint64 llRows = llCount ? Cell(mcEntries.back().latitude) - mlFirstRow + 1 : 0;
-    mcRowStart.assign(size_t(llRows + 1), 0);
-    for (const Entry& e : mcEntries)
-        ++mcRowStart[size_t(Cell(e.latitude) - mlFirstRow + 1)];
-    for (size_t r = 1; r < mcRowStart.size(); ++r)
-        mcRowStart[r] += mcRowStart[r - 1];
+}
+
+clsPlaceIndex::Block& clsPlaceIndex::Insert(qint64 vlRow, qint64 vlBlock)
+{
+    const quint64 llKey = Key(vlRow, vlBlock);
+    for (quint64 i = (llKey * 0x9E3779B97F4A7C15ull) >> mlShift;; i = (i + 1) & mlMask) {
+        Block& rcBlock = mcBlocks[i];
+        if (rcBlock.key == llKey)
+            return rcBlock;
+        if (rcBlock.key == kFree) {
+            rcBlock.key = llKey;
+            return rcBlock;
+        }
+    }
+}
+
+void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vector<qint32>& vcLongitudes,
+                          const std::vector<quint64>& vcTags)
+{
+    const size_t llCount = std::min({vcLatitudes.size(), vcLongitudes.size(), vcTags.size()});
+    // Sorted by row, then column, then slot, so a cell keeps the table's order.
+    struct Keyed {
+        qint64 row;
+        qint64 column;
+        size_t slot;
+        bool operator<(const Keyed& rcOther) const
+        {
+            return std::tie(row, column, slot) < std::tie(rcOther.row, rcOther.column, rcOther.slot);
+        }
+    };
+    std::vector<Keyed> lcOrder(llCount);
+    for (size_t i = 0; i < llCount; ++i)
+        lcOrder[i] = Keyed{Cell(vcLatitudes[i]), Cell(vcLongitudes[i]), i};
+    std::sort(lcOrder.begin(), lcOrder.end());
+
+    mcPoints.resize(llCount);
+    mcSlots.resize(llCount);
+    for (size_t i = 0; i < llCount; ++i) {
+        const size_t llSlot = lcOrder[i].slot;
+        mcPoints[i] = Point{vcLatitudes[llSlot], vcLongitudes[llSlot], vcTags[llSlot]};
+        mcSlots[i] = qint32(llSlot);
+    }
+
+    // At most half the hash slots in use keeps the probes short and
+    // the table still small enough to stay in the cache.
+    size_t llBlocks = 0;
+    for (size_t i = 0; i < llCount; ++i) {
+        const qint64 llRow = Cell(mcPoints[i].latitude);
+        const qint64 llBlock = FloorDiv(Cell(mcPoints[i].longitude), kBlockWidth);
+        if (i == 0 || llRow != Cell(mcPoints[i - 1].latitude)
+            || llBlock != FloorDiv(Cell(mcPoints[i - 1].longitude), kBlockWidth))
+            ++llBlocks;
+    }
+    int llBits = 4;
+    while ((quint64(1) << llBits) < 2 * quint64(llBlocks))
+        ++llBits;
+    mlShift = 64 - llBits;
+    mlMask = (quint64(1) << llBits) - 1;
+    mcBlocks.assign(size_t(mlMask + 1), Block{kFree, 0, 0});
+    mcCellStart.clear();
+    for (size_t i = 0; i < llCount; ++i) {
+        const qint64 llRow = Cell(mcPoints[i].latitude);
+        const qint64 llColumn = Cell(mcPoints[i].longitude);
+        if (i > 0 && llRow == Cell(mcPoints[i - 1].latitude) && llColumn == Cell(mcPoints[i - 1].longitude))
+            continue;
+        const qint64 llBlock = FloorDiv(llColumn, kBlockWidth);
+        Block& rcBlock = Insert(llRow, llBlock);
+        if (rcBlock.cells == 0)
+            rcBlock.before = quint32(mcCellStart.size());
+        rcBlock.cells |= quint32(1) << (llColumn - llBlock * kBlockWidth);
+        mcCellStart.push_back(quint32(i));
+    }
+    mcCellStart.push_back(quint32(llCount));
 
     const auto lcLat = std::minmax_element(vcLatitudes.begin(), vcLatitudes.begin() + qint64(llCount));
     const auto lcLon = std::minmax_element(vcLongitudes.begin(), vcLongitudes.begin() + qint64(llCount));
@@ -52,35 +139,56 @@ void clsPlaceIndex::Build(const std::vector<qint32>& vcLatitudes, const std::vec
     mlMaxLongitude = llCount ? *lcLon.second : 0;
 }
 
-qint32 clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
+// Cells are numbered in cell order, so the occupied cells from one column to
+// another of a row are neighbours in that numbering, and so are their places.
+clsPlaceIndex::Run clsPlaceIndex::Places(qint64 vlRow, qint64 vlFirst, qint64 vlLast) const
 {
-    if (mcEntries.empty())
-        return -1;
+    const qint64 llFirstBlock = FloorDiv(vlFirst, kBlockWidth);
+    const qint64 llLastBlock = FloorDiv(vlLast, kBlockWidth);
+    const Block* lcFirst = Find(vlRow, llFirstBlock);
+    const Block* lcLast = llLastBlock == llFirstBlock ? lcFirst : Find(vlRow, llLastBlock);
+    if (!lcFirst && !lcLast)
+        return Run{0, 0};
+    const quint32 llFirstCell = lcFirst
+        ? lcFirst->before + Bits(lcFirst->cells & Below(vlFirst - llFirstBlock * kBlockWidth))
+        : lcLast->before;
+    const quint32 llEndCell = lcLast
+        ? lcLast->before + Bits(lcLast->cells & Below(vlLast - llLastBlock * kBlockWidth + 1))
+        : lcFirst->before + Bits(lcFirst->cells);
+    return Run{mcCellStart[llFirstCell], mcCellStart[llEndCell]};
+}
+
+clsPlaceIndex::Found clsPlaceIndex::Nearest(qint32 vlLatitude, qint32 vlLongitude) const
+{
+    if (mcPoints.empty())
+        return Found{false, 0};
     RaiseOnOverflow(vlLatitude, vlLongitude);
 
-    const qint64 llRow = Cell(vlLatitude);
-    const qint64 llColumn = Cell(vlLongitude);
-    double ldBest = kLimit;
-    qint32 llBest = -1;
-    const qint64 llLastRow = mlFirstRow + qint64(mcRowStart.size()) - 2;
-    for (qint64 llR = std::max(llRow - 1, mlFirstRow); llR <= std::min(llRow + 1, llLastRow); ++llR) {
-        const auto lcRowBegin = mcColumns.begin() + mcRowStart[size_t(llR - mlFirstRow)];
-        const auto lcRowEnd = mcColumns.begin() + mcRowStart[size_t(llR - mlFirstRow + 1)];
-        const auto lcFirst = std::lower_bound(lcRowBegin, lcRowEnd, llColumn - 1);
-        const auto lcLast = std::upper_bound(lcFirst, lcRowEnd, llColumn + 1);
-        for (auto i = size_t(lcFirst - mcColumns.begin()); i < size_t(lcLast - mcColumns.begin()); ++i) {
-            const Entry& e = mcEntries[i];
-            const double ldLat = double(vlLatitude - e.latitude);
-            const double ldLon = double(vlLongitude - e.longitude);
-            const double d = ldLat * ldLat + ldLon * ldLon;
-            // Within the limit the squares are exact, so equal distances are truly equal: the earlier slot wins.
-            if (d < ldBest || (d == ldBest && (llBest < 0 || e.slot < llBest))) {
-                ldBest = d;
-                llBest = e.slot;
+    const qint64 llFirstColumn = Cell(qint64(vlLongitude) - kReach);
+    const qint64 llLastColumn = Cell(qint64(vlLongitude) + kReach);
+    const qint64 llFirstRow = Cell(qint64(vlLatitude) - kReach);
+    // Both rows are found before either is read, so the processor fetches them side by side.
+    const Run lcRuns[2] = {Places(llFirstRow, llFirstColumn, llLastColumn),
+                           llFirstRow == Cell(qint64(vlLatitude) + kReach)
+                               ? Run{0, 0}
+                               : Places(llFirstRow + 1, llFirstColumn, llLastColumn)};
+    qint64 llBest = kBeyond;
+    qint64 llBestPoint = -1;
+    for (const Run& rcRun : lcRuns) {
+        for (quint32 i = rcRun.first; i < rcRun.end; ++i) {
+            const qint64 llLat = qint64(vlLatitude) - mcPoints[i].latitude;
+            const qint64 llLon = qint64(vlLongitude) - mcPoints[i].longitude;
+            const qint64 d = llLat * llLat + llLon * llLon;
+            // Whole numbers, so equal distances are truly equal: the earlier slot wins.
+            if (d < llBest || (d == llBest && llBestPoint >= 0 && mcSlots[i] < mcSlots[size_t(llBestPoint)])) {
+                llBest = d;
+                llBestPoint = i;
             }
         }
     }
-    return llBest;
+    if (llBestPoint < 0)
+        return Found{false, 0};
+    return Found{true, mcPoints[size_t(llBestPoint)].tag};
 }
 
 void clsPlaceIndex::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const

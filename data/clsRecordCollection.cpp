@@ -1,11 +1,9 @@
 #include "data/clsRecordCollection.h"
 
-#include "data/clsHalvexRecord.h"
-
 clsRecordCollection::clsRecordCollection() = default;
 clsRecordCollection::~clsRecordCollection() = default;
 
-void clsRecordCollection::Add(std::unique_ptr<clsHalvexRecord> vcRecord)
+void clsRecordCollection::Add(clsHalvexRecord&& vcRecord)
 {
     mcItems.push_back(std::move(vcRecord));
 }
@@ -17,5 +15,5 @@ void clsRecordCollection::Remove(int vlIndex)
 
 void clsRecordCollection::Clear()
 {
-    mcItems.clear();
+    std::vector<clsHalvexRecord>().swap(mcItems);
 }

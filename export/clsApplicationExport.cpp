@@ -3,9 +3,12 @@
 
 #include "app/clsApplication.h"
 
+#include "app/clsLogger.h"
 #include "app/clsSettings.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
+#include "export/clsExportFormats.h"
+#include "export/clsRecordExport.h"
 #include "export/clsTabDelimited.h"
 #include "platform/Err.h"
 #include "platform/IUserDialogs.h"
@@ -26,13 +29,8 @@ void clsApplication::SaveToDisk(clsError& rcError)
     const QString lsFileName = Dialogs().ShowSave(lcDataFile.FileFilter(), Settings().LastTXTFilename(), QString());
     if (lsFileName.isEmpty())
         return;
-    if (CheckFileExists(lsFileName)) {
-        const MsgResult lcAnswer = Dialogs().MsgBox(
-            lsFileName + QStringLiteral(" already exists.\r\nDo you want to replace it?"), MsgButtons::YesNo,
-            MsgIcon::None, QStringLiteral("(Save As) ") + ApplicationName());
-        if (lcAnswer == MsgResult::No)
-            return;
-    }
+    if (!MayReplace(lsFileName))
+        return;
     Settings().SetLastTXTFilename(lsFileName);
     // A failed write leaves DataSaved as it was: the records are not on disk.
     if (!Err::Trap([&]() { lcDataFile.SaveToFile(Settings().LastTXTFilename(), Records()); })) {
@@ -40,6 +38,55 @@ void clsApplication::SaveToDisk(clsError& rcError)
         return;
     }
     SetDataSaved(true);
+}
+
+bool clsApplication::MayReplace(const QString& vsFileName)
+{
+    if (!CheckFileExists(vsFileName))
+        return true;
+    const MsgResult lcAnswer = Dialogs().MsgBox(
+        vsFileName + QStringLiteral(" already exists.\r\nDo you want to replace it?"), MsgButtons::YesNo,
+        MsgIcon::None, QStringLiteral("(Save As) ") + ApplicationName());
+    return lcAnswer != MsgResult::No;
+}
+
+// The dialog starts where the last tab-delimited file went: exports usually go beside it.
+void clsApplication::ExportAs(clsError& rcError, const QString& vsFormat)
+{
+    const QString lsFileName = Dialogs().ShowSave(clsExportFormats::DialogFilter(), QString(),
+                                                  GetDirectoryFromPath(Settings().LastTXTFilename()));
+    if (lsFileName.isEmpty() || !MayReplace(lsFileName))
+        return;
+    ExportToFile(rcError, lsFileName, vsFormat.isEmpty() ? clsExportFormats::OfFile(lsFileName) : vsFormat);
+}
+
+void clsApplication::ExportToFile(clsError& rcError, const QString& vsFileName, const QString& vsFormat)
+{
+    const std::unique_ptr<IDataFile> lcFile = clsExportFormats::Create(vsFormat, ExportContext());
+    const bool lbWritten = Err::Trap([&]() {
+        if (!lcFile)
+            throw clsRuntimeError(VbError::BadFileNameOrNumber,
+                                  QStringLiteral("No export format for ") + QDir::toNativeSeparators(vsFileName)
+                                      + QStringLiteral(": name it .") + clsExportFormats::Names().join(QStringLiteral(", ."))
+                                      + QStringLiteral(" or give the format"),
+                                  QStringLiteral("Export"));
+        lcFile->SaveToFile(vsFileName, Records());
+    });
+    if (!lbWritten) {
+        rcError.CheckVBError();
+        return;
+    }
+    SetDataSaved(true);
+    const auto* lcExport = dynamic_cast<const clsRecordExport*>(lcFile.get());
+    if (lcExport && !lcExport->Note().isEmpty()) {
+        Logger().AddToLog(lcExport->Note() + QStringLiteral(": ") + QDir::toNativeSeparators(vsFileName));
+        Status().SetStatusString(lcExport->Note());
+    }
+}
+
+clsExportContext clsApplication::ExportContext() const
+{
+    return {mcSelection, msDisplayId, mcRecordsTaken};
 }
 
 QString clsApplication::GetNewFileNameForDatafile(IDataFile& rcDataFile, const QString& vsCurrent)

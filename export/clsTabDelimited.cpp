@@ -3,33 +3,11 @@
 #include "app/clsApplication.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
+#include "export/ExportFiles.h"
 #include "platform/Cp1252.h"
-#include "platform/Err.h"
-
-#include <QDir>
-#include <QFileInfo>
-#include <QSaveFile>
 
 namespace {
-constexpr long kDiskFull = 61;
 const QString kSource = QStringLiteral("clsTabDelimited");
-
-// The run-time error a failed open, write or rename stands for, naming the file.
-clsRuntimeError WriteError(const QSaveFile& vcFile, const QString& vsFileName)
-{
-    const QFileInfo lcDirectory(QFileInfo(vsFileName).absolutePath());
-    long llNumber = VbError::PathFileAccessError;
-    if (!lcDirectory.isDir())
-        llNumber = VbError::PathNotFound;
-    else if (vcFile.error() == QFileDevice::ResourceError)
-        llNumber = kDiskFull;
-    else if (!lcDirectory.isWritable() || vcFile.error() == QFileDevice::PermissionsError)
-        llNumber = VbError::PermissionDenied;
-    return clsRuntimeError(llNumber,
-                           clsRuntimeError::StandardDescription(llNumber) + QStringLiteral(": ")
-                               + QDir::toNativeSeparators(vsFileName),
-                           kSource);
-}
 
 // Hides the save's progress bar on every way out, a failed write included.
 class clsBarHider
@@ -81,16 +59,11 @@ bool clsTabDelimited::SaveToFile(const QString& vsFileName, clsRecordCollection&
 void clsTabDelimited::WriteRecords(const QString& vsFileName, clsRecordCollection& rcRecords)
 {
     clsApplication* lcApplication = clsApplication::Instance();
-    QSaveFile lcFile(vsFileName);
-    if (!lcFile.open(QIODevice::WriteOnly))
-        throw WriteError(lcFile, vsFileName);
+    QByteArray lcData;
     for (int i = 1; i <= rcRecords.Count(); ++i) {
-        const QByteArray lcLine = FileLine(rcRecords.Item(i));
-        if (!lcLine.isEmpty() && lcFile.write(lcLine) != lcLine.size())
-            throw WriteError(lcFile, vsFileName);
+        lcData += FileLine(rcRecords.Item(i));
         if (lcApplication)
             lcApplication->Status().BigProgressBarInfo().Increment();
     }
-    if (!lcFile.commit())
-        throw WriteError(lcFile, vsFileName);
+    ExportFiles::SaveWhole(vsFileName, lcData, kSource);
 }

@@ -43,7 +43,10 @@ void clsApplication::AttachCodec()
     if (!lcPort)
         return;
     lcPort->SetOnComm([this]() { Err::Trap([this]() { mcCom_OnComm(); }); });
-    lcPort->SetOnError([this](const QString& vsText) { Err::Trap([&]() { Logger().AddErrorToLog(vsText); }); });
+    lcPort->SetOnError([this](const QString& vsText) {
+        Err::Trap([&]() { Logger().AddErrorToLog(vsText); });
+        emit PortTrouble(vsText);
+    });
 }
 
 // Received bytes stay in the port for whoever reads it now; port trouble is still logged.

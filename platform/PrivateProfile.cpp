@@ -3,8 +3,11 @@
 #include "platform/Cp1252.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QStringList>
+#include <algorithm>
+#include <limits>
 #include <optional>
 
 namespace {
@@ -81,10 +84,14 @@ long GetInt(const QString& vsSection, const QString& vsKey, long vlDefault, cons
     bool lbNegative = false;
     if (i < lsValue->size() && (lsValue->at(i) == QLatin1Char('-') || lsValue->at(i) == QLatin1Char('+')))
         lbNegative = lsValue->at(i++) == QLatin1Char('-');
-    long long llValue = 0;
+    // A number beyond the 32-bit range stops growing at its edge, so a key
+    // that a user filled with digits reads as the nearest number that fits.
+    constexpr qint64 kBeyond = qint64(std::numeric_limits<qint32>::max()) + 1;
+    qint64 llValue = 0;
     for (; i < lsValue->size() && lsValue->at(i).isDigit(); ++i)
-        llValue = llValue * 10 + lsValue->at(i).digitValue();
-    return long(qint32(lbNegative ? -llValue : llValue));
+        llValue = std::min(llValue * 10 + lsValue->at(i).digitValue(), kBeyond);
+    return long(std::clamp<qint64>(lbNegative ? -llValue : llValue, std::numeric_limits<qint32>::min(),
+                                   std::numeric_limits<qint32>::max()));
 }
 
 QString GetString(const QString& vsSection, const QString& vsKey, const QString& vsDefault, int vlBufferSize,
@@ -133,5 +140,18 @@ bool WriteString(const QString& vsSection, const QString& vsKey, const QString& 
         return false;
     lcFile.write(Cp1252::Encode(lcLines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")));
     return lcFile.commit();
+}
+
+QString WriteProblem(const QString& vsFile)
+{
+    const QFileInfo lcFile(vsFile);
+    if (lcFile.isDir())
+        return QStringLiteral("is a directory");
+    if (lcFile.exists() && !lcFile.isWritable())
+        return QStringLiteral("is read-only");
+    // A write replaces the file through a new one beside it.
+    if (!QFileInfo(lcFile.absolutePath()).isWritable())
+        return QStringLiteral("is in a directory that cannot be written");
+    return QString();
 }
 }

@@ -66,7 +66,7 @@ bool QtSerialPort::SetPortOpen(bool vbOpen)
     mcPort.setStopBits(QSerialPort::OneStop);
     mcPort.setFlowControl(QSerialPort::NoFlowControl);
     if (!mcPort.open(QIODevice::ReadWrite)) {
-        ReportError(QStringLiteral("Unable to open serial port %1: %2").arg(mcPort.portName(), mcPort.errorString()));
+        ReportError(QStringLiteral("Unable to open serial port %1: %2").arg(DeviceName(msPort), mcPort.errorString()));
         return false;
     }
     mbFailureReported = false;
@@ -129,7 +129,7 @@ void QtSerialPort::mcPort_ErrorOccurred(QSerialPort::SerialPortError veError)
     // stops the stream of further errors a dead descriptor would raise.
     if (mcPort.isOpen())
         mcPort.close();
-    ReportError(QStringLiteral("Serial port %1 lost: %2").arg(mcPort.portName(), lsText));
+    ReportError(QStringLiteral("Serial port %1 lost: %2").arg(DeviceName(msPort), lsText));
 }
 
 void QtSerialPort::ReportError(const QString& vsText)

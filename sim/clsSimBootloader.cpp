@@ -33,6 +33,7 @@ void clsSimBootloader::Reset()
 {
     mcPending.clear();
     mbRestarted = false;
+    mlRecords = 0;
 }
 
 QByteArray clsSimBootloader::Receive(const QByteArray& vcBytes)
@@ -75,8 +76,16 @@ QByteArray clsSimBootloader::Judge()
     for (int i = 1; i < lcRecord.size(); ++i)
         lbySum = quint8(lbySum + quint8(lcRecord[i]));
     const quint8 lbyType = quint8(lcRecord[4]);
+    if (++mlRecords == mlRebootAtRecord) {
+        mbRestarted = true;
+        return kReb;
+    }
     if (lbySum != 0 || (lbyType != kDataRecord && lbyType != kEndRecord))
         return kNak;
+    if (mlSilentLinesLeft > 0) {
+        --mlSilentLinesLeft;
+        return QByteArray();
+    }
     if (mlNakLinesLeft > 0) {
         --mlNakLinesLeft;
         return kNak;

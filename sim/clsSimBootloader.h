@@ -29,6 +29,10 @@ public:
     void SetNakLines(int vlCount) { mlNakLinesLeft = vlCount; }
     // Fault: the start command restarts the display without an answer.
     void SetSilentOnStart(bool vbSilent) { mbSilentOnStart = vbSilent; }
+    // Fault: the first vlCount good records are lost on the line: no answer, nothing written.
+    void SetSilentLines(int vlCount) { mlSilentLinesLeft = vlCount; }
+    // Fault: record vlRecord (1 = the first) is answered "REB" and the display restarts, before the file's end.
+    void SetRebootAtRecord(int vlRecord) { mlRebootAtRecord = vlRecord; }
 
     // Takes received bytes; returns the answers they caused (possibly none).
     QByteArray Receive(const QByteArray& vcBytes);
@@ -46,6 +50,9 @@ private:
     QByteArray mcPending;
     QByteArray mcProgram;
     int mlNakLinesLeft = 0;
+    int mlSilentLinesLeft = 0;
+    int mlRebootAtRecord = 0;
+    int mlRecords = 0;
     bool mbSilentOnStart = false;
     bool mbRestarted = false;
 };

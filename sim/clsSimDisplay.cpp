@@ -254,7 +254,9 @@ QByteArray clsSimDisplay::ReadPart(const QByteArray& vcArguments)
     return QByteArray(1, char(1)) + mcFlash.mid(llPage * PageSize() + llOffset, llCount);
 }
 
-// Page, address high and low byte, count, data; the display writes what it is given within the page.
+// Page, address high and low byte, count, data; the display writes what it
+// is given within the page. Flash only clears bits: a byte written over one
+// that was not erased keeps the zeros of both.
 void clsSimDisplay::WriteFlash(const QByteArray& vcArguments)
 {
     if (vcArguments.size() < 4)
@@ -264,11 +266,15 @@ void clsSimDisplay::WriteFlash(const QByteArray& vcArguments)
     const int llCount = qMin(int(quint8(vcArguments.at(3))), int(vcArguments.size()) - 4);
     if (llPage > mlLastPage || llAddress + llCount > PageSize())
         return;
-    mcFlash.replace(llPage * PageSize() + llAddress, llCount, vcArguments.mid(4, llCount));
+    char* lcCell = mcFlash.data() + llPage * PageSize() + llAddress;
+    for (int i = 0; i < llCount; ++i)
+        lcCell[i] = char(quint8(lcCell[i]) & quint8(vcArguments.at(4 + i)));
 }
 
 void clsSimDisplay::ApplyFaults(Reply& rcReply, quint8 vbyFunc, const QByteArray& vcArguments)
 {
+    if (mcFaults.OnlyFunc != 0 && vbyFunc != mcFaults.OnlyFunc)
+        return;
     if (Trigger(mcFaults.DropNext, mcFaults.DropRate)) {
         ++mcStats.dropped;
         rcReply.bytes.clear();

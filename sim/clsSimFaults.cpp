@@ -113,6 +113,8 @@ bool clsSimFaults::Parse(const QString& vsSpec, QString& rsError)
             SilentOnDownloadStart = true;
         else if (lsName == QLatin1String("refuse-d9"))
             RefuseDownload = true;
+        else if (lsName == QLatin1String("only-func"))
+            lbOk = ReadCount(lsValue, OnlyFunc) && OnlyFunc <= 255;
         else if (lsName == QLatin1String("seed")) {
             int llSeed = 0;
             lbOk = ReadCount(lsValue, llSeed);
@@ -152,5 +154,6 @@ QString clsSimFaults::Help()
         "plain-zero-cs     send a zero checksum without the following 0x01\n"
         "silent-d9         no answer to the firmware download start\n"
         "refuse-d9         answer the firmware download start with \"can't download\"\n"
+        "only-func=F       drop, corrupt, wrong-func and late hit only answers to function F (0x33: writes)\n"
         "seed=N            seed of the fault rates (default 1)\n");
 }

@@ -50,6 +50,9 @@ struct clsSimFaults {
     // Firmware download start (0xD9): no answer at all, or the answer "can't download".
     bool SilentOnDownloadStart = false;
     bool RefuseDownload = false;
+    // The drop, corrupt, wrong-function and late faults hit only answers to
+    // this function code (0: every answer), e.g. 0x33 for the flash writes.
+    int OnlyFunc = 0;
     quint32 Seed = 1;
 
     // Applies one "name=value" item or a comma list of them, for example

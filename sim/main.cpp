@@ -84,6 +84,7 @@ bool ApplyFault(const QString& vsSpec, clsSimFaults& rcFaults, clsSimBootloader&
         bool lbOk = false;
         const int llValue = lsValue.toInt(&lbOk);
         if (lsName == QLatin1String("nak-lines") || lsName == QLatin1String("silent-start") ||
+            lsName == QLatin1String("silent-lines") || lsName == QLatin1String("reb-at") ||
             lsName == QLatin1String("silent-after")) {
             if (!lbOk || llValue < 0) {
                 rsError = QStringLiteral("--fault %1: expected a whole number").arg(lsItem);
@@ -93,6 +94,10 @@ bool ApplyFault(const QString& vsSpec, clsSimFaults& rcFaults, clsSimBootloader&
                 rcBootloader.SetNakLines(llValue);
             else if (lsName == QLatin1String("silent-start"))
                 rcBootloader.SetSilentOnStart(llValue != 0);
+            else if (lsName == QLatin1String("silent-lines"))
+                rcBootloader.SetSilentLines(llValue);
+            else if (lsName == QLatin1String("reb-at"))
+                rcBootloader.SetRebootAtRecord(llValue);
             else
                 rcFaults.SilentFromRequest = llValue + 1;
             continue;
@@ -209,6 +214,8 @@ void PrintHelp(const QCommandLineParser& vcParser)
 {
     std::printf("%s\nFaults (--fault name=value):\n%s%s", qPrintable(vcParser.helpText()),
                 "nak-lines=N       answer NAK to the first N good firmware lines\n"
+                "silent-lines=N    answer nothing to the first N good firmware lines\n"
+                "reb-at=N          answer REB to firmware line N and restart, before the end\n"
                 "silent-start=1    restart on the start command 4853 without answering REB\n"
                 "silent-after=N    answer nothing after N requests (silent-from=N+1)\n",
                 qPrintable(clsSimFaults::Help()));

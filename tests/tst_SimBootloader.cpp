@@ -18,7 +18,7 @@ private slots:
 void tst_SimBootloader::Receive_data()
 {
     QTest::addColumn<QList<QByteArray>>("chunks"); // hex, each handed over on its own
-    QTest::addColumn<int>("nakLines");
+    QTest::addColumn<int>("nakLines"); // below 0: -1 one silent line, -2 REB at the second record
     QTest::addColumn<bool>("silentOnStart");
     QTest::addColumn<QByteArray>("answers");
     QTest::addColumn<bool>("restarted");
@@ -41,6 +41,10 @@ void tst_SimBootloader::Receive_data()
     QTest::newRow("nak-lines=2: the third try passes")
         << QList<QByteArray>{lcRecord, lcRecord, lcRecord} << 2 << false << QByteArray("NAK\r\nNAK\r\nOK\r\n") << false;
     QTest::newRow("silent on the start command") << QList<QByteArray>{"4853"} << 0 << true << QByteArray() << true;
+    QTest::newRow("silent-lines=1: the second try is answered")
+        << QList<QByteArray>{lcRecord, lcRecord} << -1 << false << QByteArray("OK\r\n") << false;
+    QTest::newRow("reb-at=2: restarts before the end")
+        << QList<QByteArray>{lcRecord, lcRecord, lcRecord} << -2 << false << QByteArray("OK\r\nREB\r\n") << true;
 }
 
 void tst_SimBootloader::Receive()
@@ -52,7 +56,9 @@ void tst_SimBootloader::Receive()
     QFETCH(bool, restarted);
 
     clsSimBootloader lcBoot;
-    lcBoot.SetNakLines(nakLines);
+    lcBoot.SetNakLines(qMax(nakLines, 0));
+    lcBoot.SetSilentLines(nakLines == -1 ? 1 : 0);
+    lcBoot.SetRebootAtRecord(nakLines == -2 ? 2 : 0);
     lcBoot.SetSilentOnStart(silentOnStart);
     QByteArray lcAnswers;
     for (const QByteArray& lcChunk : chunks)

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
 namespace {
@@ -32,6 +33,8 @@ private slots:
     void logTrouble();
     void portDiscoveryAtStartUp_data();
     void portDiscoveryAtStartUp();
+    void unsavableSettingsAreToldOnce_data();
+    void unsavableSettingsAreToldOnce();
 };
 
 void tst_application::directoryFromPath_data()
@@ -221,6 +224,42 @@ void tst_application::portDiscoveryAtStartUp()
     QCOMPARE(lcPort.CommPort(), port);
     QCOMPARE(lcTest.app->UsbComport().Found, !found.isEmpty());
     QCOMPARE(lcTest.app->Settings().comPort(), 1);
+}
+
+void tst_application::unsavableSettingsAreToldOnce_data()
+{
+    QTest::addColumn<QString>("what"); // what kvtDsw.ini is at shut-down
+    QTest::addColumn<QString>("problem");
+    QTest::newRow("a file") << "file" << "";
+    QTest::newRow("missing") << "missing" << "";
+    QTest::newRow("a directory") << "directory" << " is a directory";
+}
+
+void tst_application::unsavableSettingsAreToldOnce()
+{
+    QFETCH(QString, what);
+    QFETCH(QString, problem);
+    TestApp lcTest;
+    const QString lsIni = lcTest.Home() + QStringLiteral("kvtDsw.ini");
+    if (what == QLatin1String("file"))
+        QVERIFY(QFile(lsIni).open(QIODevice::WriteOnly));
+    if (what == QLatin1String("directory"))
+        QVERIFY(QDir().mkdir(lsIni));
+    lcTest.app->Quite();
+
+    const QString lsText = QStringLiteral("The settings cannot be saved: ") + QDir::toNativeSeparators(lsIni) + problem;
+    const QStringList lcLog = lcTest.LogLines();
+    if (problem.isEmpty()) {
+        QVERIFY(lcTest.dialogs.boxes.isEmpty());
+        QVERIFY(!lcLog.join(QLatin1Char('\n')).contains(QStringLiteral("ERROR")));
+        QVERIFY(QFileInfo(lsIni).isFile());
+        return;
+    }
+    QCOMPARE(lcTest.dialogs.boxes.size(), 1);
+    QCOMPARE(lcTest.dialogs.boxes[0].text, lsText);
+    QCOMPARE(lcTest.dialogs.boxes[0].title, QStringLiteral("Corvane Desktop"));
+    QCOMPARE(lcLog.mid(lcLog.size() - 3), QStringList({QStringLiteral("ERROR ") + lsText, "Logging stopped", ""}));
+    QVERIFY(QFileInfo(lsIni).isDir());
 }
 
 QTEST_GUILESS_MAIN(tst_application)

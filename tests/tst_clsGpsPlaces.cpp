@@ -41,6 +41,7 @@ private slots:
     void search_data();
     void search();
     void farTableValueOverflowsLikeTheScan();
+    void placeTextOutlivesItsTable();
     void indexMatchesLinearScan_data();
     void indexMatchesLinearScan();
 
@@ -168,6 +169,18 @@ void tst_clsGpsPlaces::farTableValueOverflowsLikeTheScan()
     QCOMPARE(RaisedNumber([&] { lcPlaces->searchPositionLinear(2000000, 147483647); }), 0L);
     QCOMPARE(RaisedNumber([&] { lcPlaces->searchPosition(2000000, 147483647); }), 0L);
     QCOMPARE(RaisedNumber([&] { lcPlaces->searchPosition(2000000, 147483648); }), VbError::Overflow);
+}
+
+// Records keep the texts they were given; the table may go first.
+void tst_clsGpsPlaces::placeTextOutlivesItsTable()
+{
+    QString lsText = Load(&kTable)->searchPosition(2000000, 1111110);
+    const QString lsPlace = mcPlaces->Place(0).msPlaatsPostcodeName;
+    mcPlaces.reset();
+    QCOMPARE(lsText, QStringLiteral("B"));
+    QCOMPARE(lsPlace, QStringLiteral("A"));
+    lsText += QStringLiteral(";A");
+    QCOMPARE(lsText, QStringLiteral("B;A"));
 }
 
 void tst_clsGpsPlaces::indexMatchesLinearScan_data()

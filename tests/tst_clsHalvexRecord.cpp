@@ -188,12 +188,15 @@ void tst_clsHalvexRecord::columns_data()
     QTest::newRow("drive time stored without fix") << lcMarker << lcDrive << "01:25:06";
     QTest::newRow("drive time marker needs no fix") << lcTimes(2, Time(7, 5, 40), 0xF800) << lcDrive << "23:54:20";
     QTest::newRow("drive time without fix, no marker") << NoFix(Fix(2)) << lcDrive << "";
+    QTest::newRow("drive time to a half-erased stop") << lcTimes(2, Time(7, 0, 0), 0xFF00) << lcDrive << "24:56:00";
     QTest::newRow("start km of a trip") << Fix(2) << lcStartKm << "123000";
     QTest::newRow("start km of a route point") << Fix(6) << lcStartKm << "";
     QTest::newRow("start km without km stand") << Fix(3) << lcStartKm << "123000";
     QTest::newRow("start km of a trip with 20-23 erased") << lcKmErased << lcStartKm << "123000";
     QTest::newRow("end km") << Fix(7) << lcEndKm << "123456";
     QTest::newRow("end km erased") << lcEndErased << lcEndKm << "";
+    QTest::newRow("end km set in all four bytes")
+        << Fix(2) << Column([](clsHalvexRecord& r) { r.SetlEndKmTeller(0x01020304); return r.sEndKm(); }) << "16909060";
     QTest::newRow("end km with 20-23 erased") << lcKmErased << lcEndKm << "";
     QTest::newRow("driven km") << Fix(2) << lcDriveKm << "456";
     QTest::newRow("driven km end erased") << lcEndErased << lcDriveKm << "";

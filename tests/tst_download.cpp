@@ -3,8 +3,6 @@
 
 #include "PageFile.h"
 #include "support/SimRig.h"
-#include "data/clsFlashMemInfo.h"
-#include "link/clsHalvexMsg.h"
 #include "sim/clsSimDataGenerator.h"
 
 #include "platform/Err.h"
@@ -21,16 +19,6 @@ QByteArray Pattern(int vlPage, int vlSize)
     for (int i = 0; i < vlSize; ++i)
         lcData[i] = char((i * 7 + vlPage) & 0xFF);
     return lcData;
-}
-
-
-QList<QByteArray> Args(const SimRig& r, quint8 vbyFunc)
-{
-    QList<QByteArray> lcArgs;
-    for (const clsSimDisplay::Request& lcRequest : r.display.Requests())
-        if (lcRequest.func == vbyFunc)
-            lcArgs << lcRequest.arguments;
-    return lcArgs;
 }
 }
 
@@ -53,10 +41,7 @@ private slots:
         clsError lcError;
         r.app().DownloadPages(lcError);
         QVERIFY(!lcError.IsError());
-        QCOMPARE(r.Funcs(), (QList<int>{0xCE, 0x36, 0x38, 0x34, 0x34, 0x34, 0x34, 0x34, 0x38}));
-        QCOMPARE(Args(r, 0x34), (QList<QByteArray>{QByteArray::fromHex("0100003C"), QByteArray::fromHex("01003C3C"),
-                                                   QByteArray::fromHex("0100783C"), QByteArray::fromHex("0100B43C"),
-                                                   QByteArray::fromHex("0100F010")}));
+        QCOMPARE(r.Trace(), QStringLiteral("CE 36 38:01 34:0100003C 34:01003C3C 34:0100783C 34:0100B43C 34:0100F010 38:02"));
         QFile lcFile(r.t.Home() + QStringLiteral("Page1.DSW"));
         QVERIFY(lcFile.open(QIODevice::ReadOnly));
         const QByteArray lcText = lcFile.readAll();
@@ -82,87 +67,91 @@ private slots:
         QCOMPARE(r.app().DisplayId(), QStringLiteral("12.0.34.5.6.7.8.9."));
     }
 
-    void offsetGoesOutBigEndian()
+    // Every logging page holds Pattern data unless a step says otherwise;
+    // "files" are the pages that end up in a page file, each its Pattern but
+    // for the parts the display said it had no data for.
+    void scenario_data()
     {
+        QTest::addColumn<QList<int>>("geometry"); // first page, last page, log2 of the page size, data a read
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<QString>("trace");
+        QTest::addColumn<QList<int>>("files");
+        QTest::addColumn<QString>("lastLogLine");
+        QTest::newRow("offset goes out big-endian")
+            << QList<int>{4, 5, 10, 200} << "" << ""
+            << "CE 36 38:05 34:050000C8 34:0500C8C8 34:050190C8 34:050258C8 34:050320C8 34:0503E818"
+            << QList<int>{5} << "Finished downloading page 5";
+        QTest::newRow("state 1: empty, not a word") << QList<int>{0, 1, 6, 64} << "state 1 1" << "" << "CE 36 38:01"
+                                                    << QList<int>{} << "Size of one page is 6";
+        QTest::newRow("state 0: logged as empty") << QList<int>{0, 1, 6, 64} << "state 1 0" << "" << "CE 36 38:01"
+                                                  << QList<int>{} << "Page 1 is empty";
+        QTest::newRow("state 3: logged as empty") << QList<int>{0, 1, 6, 64} << "state 1 3" << "" << "CE 36 38:01"
+                                                  << QList<int>{} << "Page 1 is empty";
+        QTest::newRow("state 2: downloaded") << QList<int>{0, 1, 6, 64} << "state 1 2" << ""
+                                             << "CE 36 38:01 34:01000040" << QList<int>{1}
+                                             << "Finished downloading page 1";
+        QTest::newRow("first page is the last") << QList<int>{3, 3, 8, 64} << "" << "" << "CE 36" << QList<int>{}
+                                                << "Size of one page is 8";
+        QTest::newRow("part without data is left out")
+            << QList<int>{0, 1, 8, 64} << "nodata 1 64" << ""
+            << "CE 36 38:01 34:01000040 34:01004040 34:01008040 34:0100C040" << QList<int>{1}
+            << "Finished downloading page 1";
+        // Four reads of page 1, one of page 2, then a pulled cable: six tries and the retry question.
+        QTest::newRow("pulled cable removes the page's file")
+            << QList<int>{0, 3, 8, 64} << "silent 10, cancel" << "20000002 Action cancelled by user."
+            << "CE 36 38:01 34:01000040 34:01004040 34:01008040 34:0100C040 38:02 34:02000040 34:02004040*6"
+            << QList<int>{1} << "Finished downloading page 2";
+        // The ID is compared with "0.0.0.0.0.0.0.0" as written; the ID read from
+        // a display always ends in a point, so an all-zero display is read all the same.
+        QTest::newRow("all-zero ID is read") << QList<int>{0, 1, 6, 64} << "id 0000000000000000" << ""
+                                             << "CE 36 38:01 34:01000040" << QList<int>{1}
+                                             << "Finished downloading page 1";
+        QTest::newRow("no ID") << QList<int>{0, 1, 6, 64} << "silent 1, cancel" << "1 Invalid ID found" << "CE*6"
+                               << QList<int>{} << "ERROR Unable to get ID from display";
+    }
+    void scenario()
+    {
+        QFETCH(QList<int>, geometry);
+        QFETCH(QString, steps);
+        QFETCH(QString, error);
+        QFETCH(QString, trace);
+        QFETCH(QList<int>, files);
+        QFETCH(QString, lastLogLine);
         SimRig r;
-        r.display.SetGeometry(4, 5, 10, 64);
-        r.display.SetPage(5, Pattern(5, 1024));
+        r.display.SetGeometry(geometry[0], geometry[1], geometry[2], geometry[3]);
+        QMap<int, QByteArray> lcFiles;
+        for (int llPage = geometry[0] + 1; llPage <= geometry[1]; ++llPage) {
+            r.display.SetPage(llPage, Pattern(llPage, 1 << geometry[2]));
+            if (files.contains(llPage))
+                lcFiles[llPage] = Pattern(llPage, 1 << geometry[2]);
+        }
+        for (const QString& lsStep : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
+            const QStringList lcWords = lsStep.split(QLatin1Char(' '));
+            if (lcWords[0] == QLatin1String("state"))
+                r.display.Faults().PageState[lcWords[1].toInt()] = lcWords[2].toInt();
+            else if (lcWords[0] == QLatin1String("nodata")) {
+                r.display.Faults().ReadStatusOfPart[lcWords[1].toInt() * 65536 + lcWords[2].toInt()] = 0;
+                lcFiles[lcWords[1].toInt()].remove(lcWords[2].toInt(), geometry[3]);
+            } else if (lcWords[0] == QLatin1String("silent"))
+                r.display.Faults().SilentFromRequest = lcWords[1].toInt();
+            else if (lcWords[0] == QLatin1String("id"))
+                r.display.SetId(QByteArray::fromHex(lcWords[1].toLatin1()));
+            else if (lcWords[0] == QLatin1String("cancel"))
+                r.t.dialogs.answers << MsgResult::Cancel;
+            else
+                QFAIL(qPrintable(lsStep));
+        }
         clsError lcError;
         r.app().DownloadPages(lcError);
-        const QList<QByteArray> lcReads = Args(r, 0x34);
-        QCOMPARE(lcReads.size(), 16);
-        QCOMPARE(lcReads[8], QByteArray::fromHex("05020040"));
-        QCOMPARE(PageFileBytes(r.app().PageFileName(5)), Pattern(5, 1024));
-    }
-
-    void pageStates_data()
-    {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<bool>("file");
-        QTest::addColumn<bool>("logged");
-        QTest::newRow("1: empty, not a word") << 1 << false << false;
-        QTest::newRow("0: logged as empty") << 0 << false << true;
-        QTest::newRow("3: logged as empty") << 3 << false << true;
-        QTest::newRow("2: downloaded") << 2 << true << false;
-    }
-    void pageStates()
-    {
-        QFETCH(int, state);
-        QFETCH(bool, file);
-        QFETCH(bool, logged);
-        SimRig r;
-        r.display.SetGeometry(0, 1, 6, 64);
-        r.display.SetPage(1, Pattern(1, 64));
-        r.display.Faults().PageState[1] = state;
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QVERIFY(!lcError.IsError());
-        QCOMPARE(QFile::exists(r.app().PageFileName(1)), file);
-        QCOMPARE(r.t.LogLines().contains(QStringLiteral("Page 1 is empty")), logged);
-        QCOMPARE(Args(r, 0x38), QList<QByteArray>{QByteArray::fromHex("01")});
-    }
-
-    void noPagesWhenFirstIsLast()
-    {
-        SimRig r;
-        r.display.SetGeometry(3, 3, 8, 64);
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QVERIFY(!lcError.IsError());
-        QCOMPARE(r.Funcs(), (QList<int>{0xCE, 0x36}));
-    }
-
-    // A part the display has no data for is left out of the file; the download goes on.
-    void readStatusNotOneSkipsThePart()
-    {
-        SimRig r;
-        r.display.SetGeometry(0, 1, 8, 64);
-        r.display.SetPage(1, Pattern(1, 256));
-        r.display.Faults().ReadStatusOfPart[1 * 65536 + 64] = 0;
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QVERIFY(!lcError.IsError());
-        QCOMPARE(PageFileBytes(r.app().PageFileName(1)), Pattern(1, 256).remove(64, 64));
-    }
-
-    void errorInAPageRemovesItsFile()
-    {
-        SimRig r;
-        r.display.SetGeometry(0, 3, 8, 64);
-        for (int llPage = 1; llPage <= 3; ++llPage)
-            r.display.SetPage(llPage, Pattern(llPage, 256));
-        // CE, 36, 38 + 4 reads of page 1, 38 + one read of page 2, then a pulled cable
-        r.display.Faults().SilentFromRequest = 10;
-        r.t.dialogs.answers << MsgResult::Cancel;
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-        QCOMPARE(PageFileBytes(r.app().PageFileName(1)), Pattern(1, 256));
-        QVERIFY(!QFile::exists(r.app().PageFileName(2)));
-        QVERIFY(!QFile::exists(r.app().PageFileName(3)));
-        QCOMPARE(r.t.LogLines().last(), QStringLiteral("Finished downloading page 2"));
+        QCOMPARE(lcError.IsError() ? QStringLiteral("%1 %2").arg(quint32(lcError.Error()), 0, 16).arg(lcError.Description())
+                                   : QString(),
+                 error);
+        QCOMPARE(r.Trace(), trace);
+        for (int llPage = geometry[0]; llPage <= geometry[1] + 1; ++llPage)
+            QCOMPARE(PageFileBytes(r.app().PageFileName(llPage)), lcFiles.value(llPage));
+        QCOMPARE(r.t.LogLines().value(r.t.LogLines().size() - 1), lastLogLine);
         QVERIFY(!r.app().CommunicationIsRunning());
-        QCOMPARE(r.display.Stats().requests, 9 + 6);
     }
 
     // A page file that cannot be written is a run-time error for the caller; the link is given back.
@@ -214,36 +203,6 @@ private slots:
         QCOMPARE(llRaised, overflow ? VbError::Overflow : 0);
         QCOMPARE(r.Funcs(), overflow ? (QList<int>{0xCE, 0x36}) : (QList<int>{0xCE, 0x36, 0x38, 0x38}));
         QVERIFY(QDir(r.t.Home()).entryList({QStringLiteral("Page*.DSW")}).isEmpty());
-        QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    // The ID is compared with "0.0.0.0.0.0.0.0" as written; the ID read from
-    // a display always ends in a point, so an all-zero display is read all the same.
-    void invalidId_data()
-    {
-        QTest::addColumn<QByteArray>("id");
-        QTest::addColumn<bool>("silent");
-        QTest::addColumn<QList<int>>("funcs");
-        QTest::newRow("no answer") << QByteArray() << true << QList<int>(6, 0xCE);
-        QTest::newRow("all zeros is read") << QByteArray(8, 0) << false << QList<int>{0xCE, 0x36, 0x38};
-    }
-    void invalidId()
-    {
-        QFETCH(QByteArray, id);
-        QFETCH(bool, silent);
-        QFETCH(QList<int>, funcs);
-        SimRig r;
-        r.display.SetGeometry(0, 1, 8, 64);
-        r.display.SetId(id);
-        r.display.Faults().SilentFromRequest = silent ? 1 : 0;
-        r.t.dialogs.answers << MsgResult::Cancel;
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QCOMPARE(r.Funcs(), funcs);
-        QCOMPARE(lcError.Error(), silent ? 1 : 0);
-        if (silent)
-            QCOMPARE(lcError.Description(), QStringLiteral("Invalid ID found"));
-        QCOMPARE(r.app().DisplayId(), silent ? QString() : QStringLiteral("0.0.0.0.0.0.0.0."));
         QVERIFY(!r.app().CommunicationIsRunning());
     }
 

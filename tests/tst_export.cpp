@@ -20,7 +20,7 @@
 namespace {
 // A record straight from its 24 bytes: no GPS fix (so no place lookup), the
 // given type in byte 17, a km counter and tank receipt number where the type has one.
-std::unique_ptr<clsHalvexRecord> MakeRecord(quint8 vbyType, qint32 vlNumber, const QString& vsRoute = QString())
+clsHalvexRecord MakeRecord(quint8 vbyType, qint32 vlNumber, const QString& vsRoute = QString())
 {
     clsHalvexRecord::Bytes lcBytes{};
     lcBytes[0] = 0x20;
@@ -33,10 +33,10 @@ std::unique_ptr<clsHalvexRecord> MakeRecord(quint8 vbyType, qint32 vlNumber, con
     lcBytes[18] = 0x39;
     lcBytes[19] = 0x30; // 12345 km
     lcBytes[22] = 7;
-    auto lcRecord = std::make_unique<clsHalvexRecord>();
-    lcRecord->DeCodeData(lcBytes);
-    lcRecord->SetRecordNumber(vlNumber);
-    lcRecord->SetRoute(vsRoute);
+    clsHalvexRecord lcRecord;
+    lcRecord.DeCodeData(lcBytes);
+    lcRecord.SetRecordNumber(vlNumber);
+    lcRecord.SetRoute(vsRoute);
     return lcRecord;
 }
 

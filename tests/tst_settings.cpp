@@ -133,6 +133,12 @@ void tst_settings::profileInt_data()
     QTest::newRow("no number") << QByteArray("[Common]\r\nCom=abc\r\n") << 0;
     QTest::newRow("spaces around") << QByteArray("[Common]\r\n  Com = 7 \r\n") << 7;
     QTest::newRow("key of another section") << QByteArray("[Other]\r\nCom=9\r\n") << 1;
+    QTest::newRow("26 digits") << QByteArray("[Common]\r\nCom=99999999999999999999999999\r\n") << 2147483647;
+    QTest::newRow("26 digits below zero") << QByteArray("[Common]\r\nCom=-99999999999999999999999999\r\n")
+                                          << -2147483647 - 1;
+    QTest::newRow("one past the largest") << QByteArray("[Common]\r\nCom=2147483648\r\n") << 2147483647;
+    QTest::newRow("the smallest") << QByteArray("[Common]\r\nCom=-2147483648\r\n") << -2147483647 - 1;
+    QTest::newRow("one past 32 bits") << QByteArray("[Common]\r\nCom=4294967297\r\n") << 2147483647;
 }
 
 void tst_settings::profileInt()

@@ -87,6 +87,9 @@ private slots:
         lcDisplay.SetGeometry(0, 3, 4, 16);
         Answer(lcDisplay, 0x33, Hex("02 00 04 03 AA 00 BB"));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff aa 00 bb ff ff ff ff ff ff ff ff ff"));
+        // Written again without an erase: only the bits that both writes cleared stay cleared.
+        Answer(lcDisplay, 0x33, Hex("02 00 04 03 0F F0 CC"));
+        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
         Answer(lcDisplay, 0x0F, Hex("0B 28 00 01") + "Hi");
         QCOMPARE(lcDisplay.ScreenText(), QStringList{QStringLiteral("Hi")});
         lcDisplay.SetJustConnected(true);

@@ -1,144 +1,100 @@
-// The status model: the percentage rule, when change events are raised, and
-// how the application copies the model to the window.
+// The status model as the window sees it: the percentage rule, when a change
+// reaches the window, and what of a bar is copied to the window's control.
 
 #include "TestApp.h"
 #include "app/clsEvent.h"
 #include "app/clsStatus.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 class tst_status : public QObject
 {
     Q_OBJECT
 private slots:
-    void percentageUsesRawPosition_data();
-    void percentageUsesRawPosition();
-    void boundsResetTheBar();
-    void stepSizeIsAtLeastOne_data();
-    void stepSizeIsAtLeastOne();
-    void incrementStopsAtMax();
-    void eventsOnlyForVisibleChanges();
-    void sameTextRaisesOnce();
-    void eventHolderReadsEmpty();
+    void bigBarAndTexts_data();
+    void bigBarAndTexts();
     void windowLinePadsToNinety_data();
     void windowLinePadsToNinety();
     void windowGetsOnlyChangedBarProperties();
 };
 
-void tst_status::percentageUsesRawPosition_data()
+void tst_status::bigBarAndTexts_data()
 {
-    QTest::addColumn<int>("min");
-    QTest::addColumn<int>("max");
-    QTest::addColumn<int>("position");
-    QTest::addColumn<int>("percent");
-    // The save's bar runs from 1: it shows 100 one step before its end.
-    QTest::newRow("min 1, position 1") << 1 << 5 << 1 << 25;
-    QTest::newRow("min 1, position 2") << 1 << 5 << 2 << 50;
-    QTest::newRow("min 1, position 3") << 1 << 5 << 3 << 75;
-    QTest::newRow("min 1, position 4") << 1 << 5 << 4 << 100;
-    QTest::newRow("min 1, position 5") << 1 << 5 << 5 << 125;
-    QTest::newRow("equal bounds") << 3 << 3 << 3 << 0;
-    QTest::newRow("ties to even down") << 0 << 8 << 1 << 12;  // 12.5
-    QTest::newRow("ties to even up") << 0 << 8 << 3 << 38;    // 37.5
-    QTest::newRow("negative span") << 10 << 0 << 5 << -50;
+    // A script of steps on the big bar, the status texts and an event holder;
+    // "lines" counts the status lines the window was given, "events" the holder's.
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QList<int>>("positionStepPercent");
+    QTest::addColumn<int>("lines");
+    QTest::addColumn<int>("events");
+    // The save's bar runs from 1: the raw position is divided, so it shows 100 one step before its end.
+    QTest::newRow("min 1, position 1") << "min 1, max 5, pos 1" << QList<int>{1, 1, 25} << 0 << 0;
+    QTest::newRow("min 1, position 2") << "min 1, max 5, pos 2" << QList<int>{2, 1, 50} << 0 << 0;
+    QTest::newRow("min 1, position 3") << "min 1, max 5, pos 3" << QList<int>{3, 1, 75} << 0 << 0;
+    QTest::newRow("min 1, position 4") << "min 1, max 5, pos 4" << QList<int>{4, 1, 100} << 0 << 0;
+    QTest::newRow("min 1, position 5") << "min 1, max 5, pos 5" << QList<int>{5, 1, 125} << 0 << 0;
+    QTest::newRow("equal bounds") << "min 3, max 3, pos 3" << QList<int>{3, 1, 0} << 0 << 0;
+    QTest::newRow("ties to even down") << "max 8, pos 1" << QList<int>{1, 1, 12} << 0 << 0;
+    QTest::newRow("ties to even up") << "max 8, pos 3" << QList<int>{3, 1, 38} << 0 << 0;
+    QTest::newRow("negative span") << "min 10, max 0, pos 5" << QList<int>{5, 1, -50} << 0 << 0;
+    QTest::newRow("max is 10 at first") << "pos 5" << QList<int>{5, 1, 50} << 0 << 0;
+    QTest::newRow("min resets position and step") << "step 4, pos 7, min 2" << QList<int>{2, 1, 25} << 0 << 0;
+    QTest::newRow("max resets position") << "min 2, pos 7, max 20" << QList<int>{2, 1, 11} << 0 << 0;
+    QTest::newRow("step zero is one") << "step 0" << QList<int>{0, 1, 0} << 0 << 0;
+    QTest::newRow("negative step is one") << "step -5" << QList<int>{0, 1, 0} << 0 << 0;
+    QTest::newRow("step kept") << "step 60" << QList<int>{0, 60, 0} << 0 << 0;
+    QTest::newRow("increment stops at max") << "max 5, step 3, inc 3" << QList<int>{5, 3, 100} << 0 << 0;
+    QTest::newRow("hidden bar tells nobody") << "max 1000, pos 500" << QList<int>{500, 1, 50} << 0 << 0;
+    QTest::newRow("showing tells once") << "max 1000, pos 500, show, show" << QList<int>{500, 1, 50} << 1 << 0;
+    QTest::newRow("same percentage tells nothing")
+        << "max 1000, show, pos 500, pos 501" << QList<int>{501, 1, 50} << 2 << 0;
+    QTest::newRow("each percent tells once")
+        << "max 1000, show, pos 600, inc 1000" << QList<int>{1000, 1, 100} << 2 + 40 << 0;
+    QTest::newRow("same text tells once")
+        << "text Decoding, text Decoding, note Page12, note Page12" << QList<int>{0, 1, 0} << 2 << 0;
+    QTest::newRow("event holder tells once, reads empty") << "event x, event x" << QList<int>{0, 1, 0} << 0 << 1;
 }
 
-void tst_status::percentageUsesRawPosition()
+void tst_status::bigBarAndTexts()
 {
-    QFETCH(int, min);
-    QFETCH(int, max);
-    QFETCH(int, position);
-    QFETCH(int, percent);
-    clsProgressBarInfo lcBar;
-    lcBar.SetMin(min);
-    lcBar.SetMax(max);
-    lcBar.SetPosition(position);
-    QCOMPARE(lcBar.Percentage(), percent);
-}
-
-void tst_status::boundsResetTheBar()
-{
-    clsProgressBarInfo lcBar;
-    QCOMPARE(lcBar.Max(), 10);
-    lcBar.SetStepSize(4);
-    lcBar.SetPosition(7);
-    lcBar.SetMin(2);
-    QCOMPARE(lcBar.Position(), 2);
-    QCOMPARE(lcBar.StepSize(), 1);
-    lcBar.SetPosition(7);
-    lcBar.SetMax(20);
-    QCOMPARE(lcBar.Position(), 2);
-}
-
-void tst_status::stepSizeIsAtLeastOne_data()
-{
-    QTest::addColumn<int>("step");
-    QTest::addColumn<int>("stored");
-    QTest::newRow("zero") << 0 << 1;
-    QTest::newRow("negative") << -5 << 1;
-    QTest::newRow("positive") << 60 << 60;
-}
-
-void tst_status::stepSizeIsAtLeastOne()
-{
-    QFETCH(int, step);
-    QFETCH(int, stored);
-    clsProgressBarInfo lcBar;
-    lcBar.SetStepSize(step);
-    QCOMPARE(lcBar.StepSize(), stored);
-}
-
-void tst_status::incrementStopsAtMax()
-{
-    clsProgressBarInfo lcBar;
-    lcBar.SetMax(5);
-    lcBar.SetStepSize(3);
-    lcBar.Increment();
-    lcBar.Increment();
-    lcBar.Increment();
-    QCOMPARE(lcBar.Position(), 5);
-    QCOMPARE(lcBar.Percentage(), 100);
-}
-
-void tst_status::eventsOnlyForVisibleChanges()
-{
-    clsProgressBarInfo lcBar;
-    lcBar.SetMax(1000);
-    QSignalSpy lcSpy(&lcBar, &clsProgressBarInfo::DataChanged);
-    lcBar.SetPosition(500);
-    QCOMPARE(lcSpy.count(), 0); // hidden
-    lcBar.SetVisible(true);
-    QCOMPARE(lcSpy.count(), 1);
-    lcBar.SetPosition(501); // 50.1 rounds to the same 50
-    QCOMPARE(lcSpy.count(), 1);
-    lcBar.SetPosition(600);
-    QCOMPARE(lcSpy.count(), 2);
-    for (int i = 0; i < 1000; ++i)
-        lcBar.Increment();
-    QCOMPARE(lcSpy.count(), 2 + 40); // 60 .. 100 per cent
-}
-
-void tst_status::sameTextRaisesOnce()
-{
-    clsStatus lcStatus;
-    QSignalSpy lcSpy(&lcStatus, &clsStatus::StatusChanged);
-    lcStatus.SetStatusString(QStringLiteral("Decoding"));
-    lcStatus.SetStatusString(QStringLiteral("Decoding"));
-    lcStatus.SetSmallStatusString(QStringLiteral("Page12"));
-    lcStatus.SetSmallStatusString(QStringLiteral("Page12"));
-    QCOMPARE(lcSpy.count(), 2);
-    lcStatus.BigProgressBarInfo().SetVisible(true);
-    QCOMPARE(lcSpy.count(), 3);
-}
-
-void tst_status::eventHolderReadsEmpty()
-{
+    QFETCH(QString, script);
+    QFETCH(QList<int>, positionStepPercent);
+    QFETCH(int, lines);
+    QFETCH(int, events);
+    TestApp lcTest(nullptr, false);
+    clsStatus& rcStatus = lcTest.app->Status();
+    clsProgressBarInfo& rcBar = rcStatus.BigProgressBarInfo();
     clsEvent lcEvent;
-    QSignalSpy lcSpy(&lcEvent, &clsEvent::StatusChanged);
-    lcEvent.SetStatusString(QStringLiteral("x"));
-    lcEvent.SetStatusString(QStringLiteral("x"));
-    QCOMPARE(lcSpy.count(), 1);
+    int llEvents = 0;
+    connect(&lcEvent, &clsEvent::StatusChanged, this, [&]() { ++llEvents; });
+    for (const QString& lsStep : script.split(QStringLiteral(", "))) {
+        const QString lsVerb = lsStep.section(QLatin1Char(' '), 0, 0);
+        const QString lsArgument = lsStep.section(QLatin1Char(' '), 1);
+        const int llValue = lsArgument.toInt();
+        if (lsVerb == QLatin1String("min"))
+            rcBar.SetMin(llValue);
+        else if (lsVerb == QLatin1String("max"))
+            rcBar.SetMax(llValue);
+        else if (lsVerb == QLatin1String("step"))
+            rcBar.SetStepSize(llValue);
+        else if (lsVerb == QLatin1String("pos"))
+            rcBar.SetPosition(llValue);
+        else if (lsVerb == QLatin1String("inc"))
+            for (int i = 0; i < llValue; ++i)
+                rcBar.Increment();
+        else if (lsVerb == QLatin1String("show"))
+            rcBar.SetVisible(true);
+        else if (lsVerb == QLatin1String("text"))
+            rcStatus.SetStatusString(lsArgument);
+        else if (lsVerb == QLatin1String("note"))
+            rcStatus.SetSmallStatusString(lsArgument);
+        else if (lsVerb == QLatin1String("event"))
+            lcEvent.SetStatusString(lsArgument);
+        else
+            QFAIL(qPrintable(lsStep));
+    }
+    QCOMPARE((QList<int>{rcBar.Position(), rcBar.StepSize(), rcBar.Percentage()}), positionStepPercent);
+    QCOMPARE(lcTest.window.statusLines.size(), lines);
+    QCOMPARE(llEvents, events);
     QCOMPARE(lcEvent.StatusString(), QString());
 }
 

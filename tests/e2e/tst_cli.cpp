@@ -1,95 +1,19 @@
 // corvane as a user runs it: a separate process, against corvane-display-sim
 // on a pseudo-terminal through the real serial code, in real time.
 
-#include "TestFiles.h"
+#include "CorvaneProcess.h"
+#include "PageFile.h"
+#include "SimProcess.h"
 #include "platform/Cp1252.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
-const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane");
-const QString kSimulator = QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim");
 const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
 // The geometry and ID the golden image was made with.
 const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
                               "--id", "12.0.34.5.6.7.8.9"};
 constexpr int kPageSize = 1024;
-
-struct clsRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-    qint64 ms = 0;
-};
-
-// Runs corvane with stdin a pipe, so it is not interactive.
-clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000)
-{
-    QProcess lcProcess;
-    QElapsedTimer lcTimer;
-    lcTimer.start();
-    lcProcess.start(kCorvane, vcArguments);
-    lcProcess.closeWriteChannel();
-    clsRun lcRun;
-    if (!lcProcess.waitForFinished(vlTimeoutMs)) {
-        lcProcess.kill();
-        lcProcess.waitForFinished();
-        lcRun.err = QStringLiteral("corvane did not finish in time\n");
-    } else if (lcProcess.exitStatus() == QProcess::NormalExit) {
-        lcRun.exitCode = lcProcess.exitCode();
-    }
-    lcRun.out = QString::fromLocal8Bit(lcProcess.readAllStandardOutput());
-    lcRun.err += QString::fromLocal8Bit(lcProcess.readAllStandardError());
-    lcRun.ms = lcTimer.elapsed();
-    return lcRun;
-}
-
-// The simulated display on a pty linked at rsLink; false when it did not come up.
-bool StartDisplay(QProcess& rcSim, const QTemporaryDir& vcDir, const QStringList& vcArguments, QString& rsLink)
-{
-    rsLink = vcDir.filePath(QStringLiteral("display"));
-    rcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    rcSim.start(kSimulator, vcArguments + QStringList{"--link", rsLink});
-    if (!rcSim.waitForStarted(3000))
-        return false;
-    while (!rcSim.canReadLine())
-        if (!rcSim.waitForReadyRead(3000))
-            return false;
-    return QFileInfo::exists(rsLink);
-}
-
-bool StopDisplay(QProcess& rcSim)
-{
-    rcSim.terminate();
-    return rcSim.waitForFinished(3000) && rcSim.exitStatus() == QProcess::NormalExit && rcSim.exitCode() == 0;
-}
-
-// A page file as a download leaves it: each byte in decimal on a line of its own, CR LF.
-void WritePageFile(const QString& vsPath, const QByteArray& vcPage)
-{
-    QByteArray lcText;
-    for (char lcByte : vcPage)
-        lcText += QByteArray::number(quint8(lcByte)) + "\r\n";
-    QFile lcFile(vsPath);
-    QVERIFY(lcFile.open(QIODevice::WriteOnly));
-    lcFile.write(lcText);
-}
-
-QMap<QString, QByteArray> Snapshot(const QString& vsDirectory)
-{
-    QMap<QString, QByteArray> lcFiles;
-    for (QDirIterator lcIt(vsDirectory, QDir::Files, QDirIterator::Subdirectories); lcIt.hasNext();) {
-        const QString lsPath = lcIt.next();
-        lcFiles[lsPath] = ReadAll(lsPath);
-    }
-    return lcFiles;
-}
 }
 
 class tst_Cli : public QObject
@@ -103,6 +27,8 @@ private slots:
     void decodeOfSavedPagesGivesTheSameFile();
     void decodeOfPagesSmallerThanARecord_data();
     void decodeOfPagesSmallerThanARecord();
+    void decodeSavesByExtension_data();
+    void decodeSavesByExtension();
     void erase_data();
     void erase();
     void silentDisplayIsCancelledUnderNo();
@@ -127,21 +53,16 @@ void tst_Cli::badUsage_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("says");
-    QTest::newRow("no command") << QStringList{} << 2 << "no command given";
-    QTest::newRow("unknown command") << QStringList{"copy"} << 2 << "unknown command \"copy\"";
-    QTest::newRow("option of another command") << QStringList{"erase", "-o", "x.txt"} << 2
-                                               << "-o does not go with erase";
-    QTest::newRow("decode without geometry") << QStringList{"decode", "."} << 2 << "needs --geometry";
-    QTest::newRow("bad geometry") << QStringList{"decode", "--geometry", "3,1,8", "."} << 2 << "\"3,1,8\"";
-    QTest::newRow("page beyond 32 bits") << QStringList{"decode", "--geometry", "0,1,31", "."} << 2 << "\"0,1,31\"";
-    QTest::newRow("yes and no") << QStringList{"id", "--yes", "--no"} << 2 << "exclude each other";
-    QTest::newRow("unknown kind") << QStringList{"download", "--show", "route,trains"} << 2 << "\"trains\"";
-    QTest::newRow("missing value") << QStringList{"download", "--port"} << 2 << "--port needs a value";
+    QTest::newRow("refused arguments") << QStringList{"erase", "-o", "x.txt"} << 2
+                                       << "corvane: -o does not go with erase\n";
+    QTest::newRow("unknown format") << QStringList{"download", "--format", "doc"} << 2
+                                    << "corvane: unknown format \"doc\"";
     QTest::newRow("decode of a missing directory") << QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}
                                                    << 1 << "Path not found: /nonexistent/kvt";
 }
 
-// Bad usage is exit status 2 with the reason on stderr, before anything is touched.
+// Bad usage is exit status 2 with the reason on stderr, before anything is
+// touched; the parser's reasons are tested in process.
 void tst_Cli::badUsage()
 {
     QFETCH(QStringList, arguments);
@@ -155,14 +76,12 @@ void tst_Cli::badUsage()
 
 void tst_Cli::downloadWritesTheGoldenFile()
 {
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img"}, lsLink));
-    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
-    const clsRun lcRun = Corvane({"download", "--yes", "-o", lsTrips, "--port", lsLink, "--print", "--show", "tc",
-                                  "--home", lcDir.filePath(QStringLiteral("home"))});
-    QVERIFY(StopDisplay(lcSim));
+    SimProcess lcSim;
+    QVERIFY(lcSim.Start(kDisplay + QStringList{"--flash", kGolden + "flash.img"}));
+    const QString lsTrips = lcSim.File(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--yes", "-o", lsTrips, "--port", lcSim.Link(), "--print", "--show", "tc",
+                                  "--home", lcSim.File(QStringLiteral("home"))});
+    QVERIFY(lcSim.Stop());
 
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
     QCOMPARE(ReadAll(lsTrips), ReadAll(kGolden + "trips.txt"));
@@ -181,8 +100,8 @@ void tst_Cli::decodeOfSavedPagesGivesTheSameFile()
     const QString lsPages = lcDir.filePath(QStringLiteral("pages"));
     QVERIFY(QDir().mkpath(lsPages));
     const QByteArray lcImage = ReadAll(kGolden + "flash.img");
-    WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize));
-    WritePageFile(lsPages + QStringLiteral("/Page2.DSW"), lcImage.mid(2 * kPageSize, kPageSize));
+    QVERIFY(WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize)));
+    QVERIFY(WritePageFile(lsPages + QStringLiteral("/Page2.DSW"), lcImage.mid(2 * kPageSize, kPageSize)));
     const QMap<QString, QByteArray> lcBefore = Snapshot(lsPages);
     const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
 
@@ -221,6 +140,48 @@ void tst_Cli::decodeOfPagesSmallerThanARecord()
     QCOMPARE(lcRun.out.count(QLatin1Char('\n')), 1);
 }
 
+void tst_Cli::decodeSavesByExtension_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("start");
+    QTest::addColumn<QString>("stderr");
+    QTest::newRow("csv, quiet") << QStringList{"-q"} << "trips.csv" << QByteArray("\xEF\xBB\xBF#,Ritnumber,") << "";
+    QTest::newRow("xlsx is a zip") << QStringList{} << "trips.xlsx" << QByteArray("PK\x03\x04") << "Save As: ";
+    QTest::newRow("pdf without a display") << QStringList{"-q"} << "trips.pdf" << QByteArray("%PDF-") << "";
+    QTest::newRow("--format over the extension") << QStringList{"--format", "gpx"} << "trips.txt"
+                                                 << QByteArray("<?xml") << "Save As: ";
+    QTest::newRow("unknown extension: tab-delimited") << QStringList{"-q"} << "trips.dat" << QByteArray("1\t1\t") << "";
+}
+
+// Quiet runs print nothing at all on stderr; the others say where the file went.
+void tst_Cli::decodeSavesByExtension()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, file);
+    QFETCH(QByteArray, start);
+    QFETCH(QString, stderr);
+    QTemporaryDir lcDir;
+    const QString lsPages = lcDir.filePath(QStringLiteral("pages"));
+    QVERIFY(QDir().mkpath(lsPages));
+    const QByteArray lcImage = ReadAll(kGolden + "flash.img");
+    WritePageFile(lsPages + QStringLiteral("/Page1.DSW"), lcImage.mid(1 * kPageSize, kPageSize));
+    const QString lsOut = lcDir.filePath(file);
+    // As on a desktop; without it Qt's graphical part (the PDF) warns on stderr.
+    static QTemporaryDir scRuntime;
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(scRuntime.path()));
+
+    const clsRun lcRun = Corvane(QStringList{"decode", "--geometry", "0,7,10", "-o", lsOut, lsPages} + options);
+
+    QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
+    QCOMPARE(ReadAll(lsOut).left(start.size()), start);
+    if (stderr.isEmpty())
+        QCOMPARE(lcRun.err, QString());
+    else
+        QVERIFY2(lcRun.err.contains(stderr), qPrintable(lcRun.err));
+}
+
 void tst_Cli::erase_data()
 {
     QTest::addColumn<QString>("answer");
@@ -241,17 +202,14 @@ void tst_Cli::erase()
     QFETCH(int, exitCode);
     QFETCH(bool, erased);
     QFETCH(QString, says);
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    const QString lsSaved = lcDir.filePath(QStringLiteral("saved.img"));
-    QVERIFY(StartDisplay(lcSim, lcDir, kDisplay + QStringList{"--flash", kGolden + "flash.img", "--save-flash", lsSaved},
-                         lsLink));
-    QStringList lcArguments = {"erase", "--port", lsLink, "--home", lcDir.filePath(QStringLiteral("home"))};
+    SimProcess lcSim;
+    const QString lsSaved = lcSim.File(QStringLiteral("saved.img"));
+    QVERIFY(lcSim.Start(kDisplay + QStringList{"--flash", kGolden + "flash.img", "--save-flash", lsSaved}));
+    QStringList lcArguments = {"erase", "--port", lcSim.Link(), "--home", lcSim.File(QStringLiteral("home"))};
     if (!answer.isEmpty())
         lcArguments << answer;
     const clsRun lcRun = Corvane(lcArguments);
-    QVERIFY(StopDisplay(lcSim));
+    QVERIFY(lcSim.Stop());
 
     QVERIFY2(lcRun.exitCode == exitCode, qPrintable(lcRun.err));
     QVERIFY2(lcRun.err.contains(says), qPrintable(lcRun.err));
@@ -269,14 +227,12 @@ void tst_Cli::erase()
 // second each, then the retry question, answered Cancel by --no.
 void tst_Cli::silentDisplayIsCancelledUnderNo()
 {
-    QTemporaryDir lcDir;
-    QProcess lcSim;
-    QString lsLink;
-    QVERIFY(StartDisplay(lcSim, lcDir, {"--generate", "--days", "1", "--fault", "silent-after=2"}, lsLink));
-    const QString lsTrips = lcDir.filePath(QStringLiteral("trips.txt"));
-    const clsRun lcRun = Corvane({"download", "--no", "-o", lsTrips, "--port", lsLink, "--home",
-                                  lcDir.filePath(QStringLiteral("home"))});
-    QVERIFY(StopDisplay(lcSim));
+    SimProcess lcSim;
+    QVERIFY(lcSim.Start({"--generate", "--days", "1", "--fault", "silent-after=2"}));
+    const QString lsTrips = lcSim.File(QStringLiteral("trips.txt"));
+    const clsRun lcRun = Corvane({"download", "--no", "-o", lsTrips, "--port", lcSim.Link(), "--home",
+                                  lcSim.File(QStringLiteral("home"))});
+    QVERIFY(lcSim.Stop());
 
     QCOMPARE(lcRun.exitCode, 1);
     QVERIFY2(lcRun.err.endsWith(QStringLiteral("corvane: Action cancelled by user.\n")), qPrintable(lcRun.err));
@@ -306,6 +262,4 @@ void tst_Cli::simulatedDisplayRemembersThePort()
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
-#include "TestFiles.h"
-#include "platform/Cp1252.h"
 #include "tst_cli.moc"

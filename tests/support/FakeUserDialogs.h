@@ -31,7 +31,8 @@ public:
         return true;
     }
 
-    // Answers in order; with the queue empty, OK-only boxes answer OK and any other box fails the test.
+    // Answers in order; with the queue empty, OK-only boxes answer OK and any
+    // other box fails the test and answers Cancel.
     QQueue<MsgResult> answers;
     // File names the dialogs return in order; empty queue means cancel.
     QQueue<QString> fileNames;

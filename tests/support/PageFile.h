@@ -4,8 +4,26 @@
 #include <QFile>
 #include <QString>
 
-// The bytes of a page file: one decimal value a line, every line ended by CR
-// LF. A file in any other shape reads as a text saying so, which no page equals.
+// A page file as the download writes it: each byte in decimal on a line of
+// its own, every line ended by CR LF.
+inline QByteArray PageFileText(const QByteArray& vcPage)
+{
+    QByteArray lcText;
+    lcText.reserve(vcPage.size() * 5);
+    for (char lcByte : vcPage)
+        lcText += QByteArray::number(quint8(lcByte)) + "\r\n";
+    return lcText;
+}
+
+inline bool WritePageFile(const QString& vsPath, const QByteArray& vcPage)
+{
+    QFile lcFile(vsPath);
+    const QByteArray lcText = PageFileText(vcPage);
+    return lcFile.open(QIODevice::WriteOnly) && lcFile.write(lcText) == lcText.size();
+}
+
+// The bytes of a page file. A file in any other shape reads as a text saying
+// so, which no page equals.
 inline QByteArray PageFileBytes(const QString& vsPath)
 {
     QFile lcFile(vsPath);

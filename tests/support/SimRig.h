@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TestApp.h"
+#include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimSerialPort.h"
 
@@ -14,12 +15,23 @@ struct SimRig {
                               clock->ScheduleIn(vlDelay, std::move(vAction));
                           }};
     TestApp t;
+    // The Memory Display's bootloader behind the display, after it said yes to 0xD9.
+    clsSimBootloader bootloader;
+    // Every byte the bootloader was given, in order.
+    QByteArray bootloaderReceived;
 
     // vcWindow: the real main window instead of the recording one.
     explicit SimRig(IMainWindow* vcWindow = nullptr)
         : t(&port, true, vcWindow)
     {
         clock = &t.clock;
+        display.SetBootloaderHook([this](const QByteArray& vcBytes) {
+            bootloaderReceived += vcBytes;
+            BootloaderReply lcReply{bootloader.Receive(vcBytes), bootloader.Restarted()};
+            if (lcReply.restarted)
+                bootloader.Reset();
+            return lcReply;
+        });
     }
     clsApplication& app() { return *t.app; }
 
@@ -30,5 +42,25 @@ struct SimRig {
         for (const clsSimDisplay::Request& lcRequest : display.Requests())
             lcFuncs << lcRequest.func;
         return lcFuncs;
+    }
+
+    // The requests the display received: function code and arguments in hex,
+    // "CE 38:01"; a run of n equal requests reads "38:01*n".
+    QString Trace() const
+    {
+        QStringList lcTrace;
+        int llRun = 1;
+        for (const clsSimDisplay::Request& lcRequest : display.Requests()) {
+            QString lsRequest = QString::number(lcRequest.func, 16).toUpper();
+            if (!lcRequest.arguments.isEmpty())
+                lsRequest += QLatin1Char(':') + QString::fromLatin1(lcRequest.arguments.toHex().toUpper());
+            if (!lcTrace.isEmpty() && lcTrace.last().section(QLatin1Char('*'), 0, 0) == lsRequest) {
+                lcTrace.last() = lsRequest + QStringLiteral("*%1").arg(++llRun);
+                continue;
+            }
+            lcTrace << lsRequest;
+            llRun = 1;
+        }
+        return lcTrace.join(QLatin1Char(' '));
     }
 };

@@ -3,10 +3,10 @@
 #include <QFile>
 #include <QRegularExpression>
 
-TestApp::TestApp(ISerialPort* vcPort, bool vbInit, IMainWindow* vcWindow)
+TestApp::TestApp(ISerialPort* vcPort, bool vbInit, IMainWindow* vcWindow, IEventLoop* vcLoop)
 {
     clsPlatform lcPlatform;
-    lcPlatform.EventLoop = &clock;
+    lcPlatform.EventLoop = vcLoop ? vcLoop : &clock;
     lcPlatform.Dialogs = &dialogs;
     lcPlatform.MainWindow = vcWindow ? vcWindow : &window;
     lcPlatform.Port = vcPort;

@@ -10,11 +10,12 @@
 #include <QTemporaryDir>
 #include <memory>
 
-// An application on the virtual clock with scripted dialogs, a recording
-// window and its own temporary home directory.
+// An application with scripted dialogs, a recording window and its own
+// temporary home directory, on the virtual clock unless given another loop.
 struct TestApp {
     // vcWindow: the real main window instead of the recording one.
-    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true, IMainWindow* vcWindow = nullptr);
+    explicit TestApp(ISerialPort* vcPort = nullptr, bool vbInit = true, IMainWindow* vcWindow = nullptr,
+                     IEventLoop* vcLoop = nullptr);
     ~TestApp();
 
     QString Home() const { return home.path() + QLatin1Char('/'); }

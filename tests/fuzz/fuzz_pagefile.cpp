@@ -1,0 +1,92 @@
+// A page file (one decimal byte value a line) through the whole decode and
+// processing of the records, as the command line's decode runs it on files
+// from disk: 256-byte pages, the file Page1.DSW.
+// Checks: a file that fails to read is left as it was and the error names
+// it; a file that decodes is removed; every record kept is valid, the display
+// kinds are numbered 1, 2, 3 ... and every line has its 21 columns.
+
+#include "FakeMainWindow.h"
+#include "FakeUserDialogs.h"
+#include "FuzzCheck.h"
+#include "app/clsApplication.h"
+#include "data/clsFlashMemInfo.h"
+#include "data/clsHalvexRecord.h"
+#include "data/clsRecordCollection.h"
+#include "platform/VirtualClock.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <cstdint>
+#include <memory>
+
+namespace {
+struct Decoder {
+    QTemporaryDir home;
+    VirtualClock clock;
+    FakeUserDialogs dialogs;
+    FakeMainWindow window;
+    std::unique_ptr<clsApplication> app;
+    clsFlashMemInfo geometry;
+
+    Decoder()
+    {
+        clsPlatform lcPlatform;
+        lcPlatform.EventLoop = &clock;
+        lcPlatform.Dialogs = &dialogs;
+        lcPlatform.MainWindow = &window;
+        lcPlatform.HomeDir = home.path();
+        lcPlatform.PlacesFile = QStringLiteral(CORVANE_TEST_DATA "/pipeline-handbuilt/postcode.gps");
+        app = std::make_unique<clsApplication>(lcPlatform);
+        app->Init();
+        geometry.SetFirstPage(1);
+        geometry.SetLastPage(1);
+        geometry.SetSizeOnePage(8);
+        geometry.SetMaxDataOneMessage(60);
+    }
+};
+
+QByteArray ReadFile(const QString& vsPath)
+{
+    QFile lcFile(vsPath);
+    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
+}
+
+void CheckRecords(clsRecordCollection& rcRecords)
+{
+    FuzzCheck(rcRecords.Count() <= 256 / clsHalvexRecord::kSize, "at most 10 records from a 256-byte page");
+    qint32 llNumber = 1;
+    for (qint32 i = 1; i <= rcRecords.Count(); ++i) {
+        clsHalvexRecord& rcRecord = rcRecords.Item(i);
+        FuzzCheck(rcRecord.IsValid(), "only valid records are kept");
+        if (rcRecord.isDisplayType())
+            FuzzCheck(rcRecord.RecordNumber() == llNumber++, "display kinds numbered in order");
+        const QString lsLine = rcRecord.GetFullStringWithDelimiterToFile(QStringLiteral("\t"));
+        FuzzCheck(lsLine.count(QLatin1Char('\t')) == 20, "a line of 21 columns", lsLine);
+    }
+}
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
+{
+    static Decoder scDecoder;
+    const QString lsPage = scDecoder.app->PageFileName(1);
+    const QByteArray lcContent(reinterpret_cast<const char*>(vcData), qsizetype(vlSize));
+    {
+        QFile lcFile(lsPage);
+        FuzzCheck(lcFile.open(QIODevice::WriteOnly) && lcFile.write(lcContent) == lcContent.size(), "page file written");
+    }
+    clsError lcError;
+    scDecoder.app->DecodeAndProcess(lcError, scDecoder.geometry);
+    if (lcError.IsError()) {
+        if (QFile::exists(lsPage)) {
+            FuzzCheck(lcError.Description().contains(QStringLiteral("Page1.DSW")), "the error names the page file",
+                      lcError.Description());
+            FuzzCheck(ReadFile(lsPage) == lcContent, "a page file that fails to read is left as it was");
+            QFile::remove(lsPage);
+        }
+        return 0;
+    }
+    FuzzCheck(!QFile::exists(lsPage), "a decoded page file is removed");
+    CheckRecords(scDecoder.app->Records());
+    return 0;
+}
