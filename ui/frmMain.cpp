@@ -292,15 +292,6 @@ void frmMain::RecordsCleared()
     mcModel->Clear(kClearedGridRows - 1);
 }
 
-void frmMain::AddGridRow(const QString&)
-{
-}
-
-void frmMain::ResetGrid()
-{
-    RecordsCleared();
-}
-
 // Widths from the longest text of each column: the font is measured once per
 // column, not once per cell.
 void frmMain::AutoSizeTheColumns()

@@ -37,10 +37,8 @@ public:
     void EnableButtons(bool vbEnabled) override;
     void EnableMenu(bool vbEnabled) override;
     void ClearGrid() override;
-    void AddGridRow(const QString& vsTabbedRow) override;
-    void ResetGrid() override;
-    void RecordsChanged();
-    void RecordsCleared();
+    void RecordsChanged() override;
+    void RecordsCleared() override;
     void AutoSizeTheColumns() override;
     QString UploadFileText(int vlIndex) const override;
     void SetUploadFileText(int vlIndex, const QString& vsFileName) override;
