@@ -143,6 +143,8 @@ private slots:
                                                 << "ERROR: Line 3 of '%1fw.kvt_md' is not made of pairs of hexadecimal "
                                                    "digits."
                                                 << QList<int>{0xCB} << 0x20000004;
+        QTest::newRow("an empty line") << "empty" << "" << "ERROR: Line 3 of '%1fw.kvt_md' is empty."
+                                       << QList<int>{0xCB} << 0x20000004;
         QTest::newRow("no answer to 0xD9") << "MD x" << "silent-d9" << "ERROR: Display not found." << lcRefused
                                            << 0x20000001;
         QTest::newRow("display can't download") << "MD x" << "refuse-d9" << "ERROR: Device can't download."
@@ -167,9 +169,11 @@ private slots:
         QList<QByteArray> lcLines = Records(1);
         if (file == QLatin1String("bad"))
             lcLines[1] = "3A0G";
+        if (file == QLatin1String("empty"))
+            lcLines[1].clear();
         if (fault == QLatin1String("header-only"))
             lcLines.clear();
-        QString lsFile = PutFirmware(r, file == QLatin1String("bad") ? "MD x" : file.toLatin1(), lcLines);
+        QString lsFile = PutFirmware(r, file == QLatin1String("bad") || file == QLatin1String("empty") ? "MD x" : file.toLatin1(), lcLines);
         if (file == QLatin1String("-"))
             lsFile.clear();
         else if (file == QLatin1String("?"))

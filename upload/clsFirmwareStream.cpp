@@ -49,11 +49,15 @@ QList<QByteArray> clsFirmwareStream::ReadLines(const QString& vsFileName)
 
 QString clsFirmwareStream::CheckLines(const QString& vsFileName, const QList<QByteArray>& vcLines)
 {
-    for (int i = 1; i < vcLines.size(); ++i)
+    for (int i = 1; i < vcLines.size(); ++i) {
+        // A line with nothing to send is never answered: the stream would retry it for ever.
+        if (vcLines[i].isEmpty())
+            return QStringLiteral("Line %1 of '%2' is empty.").arg(i + 1).arg(vsFileName);
         if (!IsHexLine(vcLines[i]))
             return QStringLiteral("Line %1 of '%2' is not made of pairs of hexadecimal digits.")
                 .arg(i + 1)
                 .arg(vsFileName);
+    }
     return QString();
 }
 
