@@ -78,9 +78,9 @@ void clsApplication::StartLogging()
     if (Err::Trap([this]() { mcLogger->Init(); }) || !lcError.IsError())
         return;
     mcLogger->SwitchOff();
-    lcError.SetDescription(QStringLiteral("Unable to write the log file ") +
-                           QDir::toNativeSeparators(mcLogger->FileName()) + QStringLiteral(" (") +
-                           lcError.Description() + QStringLiteral("), going on without a log"));
+    // The description names the log file already.
+    lcError.SetDescription(QStringLiteral("Unable to write the log file (") + lcError.Description() +
+                           QStringLiteral("), going on without a log"));
     HandleError(lcError);
 }
 

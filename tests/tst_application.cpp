@@ -141,9 +141,10 @@ void tst_application::logTrouble_data()
     QTest::addColumn<QString>("status");
     // the log is a directory: it cannot even be opened
     QTest::newRow("no log at start-up") << 0 << 0
-                                        << "Unable to write the log file %1kvtDsw.log (Path/File access error), "
+                                        << "Unable to write the log file (Path/File access error: %1kvtDsw.log), "
                                            "going on without a log";
-    QTest::newRow("disk full in an operation") << 1 << int(VbError::DeviceIOError) << "Device I/O error";
+    QTest::newRow("disk full in an operation") << 1 << int(VbError::DeviceIOError)
+                                               << "Device I/O error: %1kvtDsw.log";
     QTest::newRow("disk full at shut-down") << 2 << 0 << "";
 }
 
@@ -180,7 +181,7 @@ void tst_application::logTrouble()
         lcTest.app->RunOperation([&](clsError&) { lcTest.app->MessageBrooker().Send(0x10, QString()); });
     QCOMPARE(lcOutcome.Number, number);
     if (when == 1)
-        QCOMPARE(lcTest.window.LastStatus(), status);
+        QCOMPARE(lcTest.window.LastStatus(), status.arg(lcTest.Home()));
     QVERIFY(!lcTest.app->CommunicationIsRunning());
     if (when == 2)
         lcBreakLog();
@@ -220,7 +221,7 @@ void tst_application::portDiscoveryAtStartUp()
     });
     lcTest.app->Init();
     QVERIFY(lcTest.app->IsInitialised());
-    QCOMPARE(lcTest.window.LastStatus(), status);
+    QCOMPARE(lcTest.window.LastStatus(), status.arg(lcTest.Home()));
     QCOMPARE(lcPort.CommPort(), port);
     QCOMPARE(lcTest.app->UsbComport().Found, !found.isEmpty());
     QCOMPARE(lcTest.app->Settings().comPort(), 1);

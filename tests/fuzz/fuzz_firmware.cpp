@@ -8,6 +8,8 @@
 #include "FuzzCheck.h"
 #include "TestApp.h"
 #include "link/clsRawPortSession.h"
+#include "platform/IEventLoop.h"
+#include "platform/ISerialPort.h"
 #include "platform/Err.h"
 #include "upload/clsFirmwareStream.h"
 
