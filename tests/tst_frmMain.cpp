@@ -4,11 +4,13 @@
 // quit question, the About box and the port dialog.
 
 #include "SimRig.h"
+#include "TestFiles.h"
 #include "app/clsSettings.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 #include "sim/clsSimDataGenerator.h"
 #include "sim/clsSimFaults.h"
+#include "sim/clsSimSamples.h"
 #include "ui/clsRecordTableModel.h"
 #include "ui/frmAbout.h"
 #include "ui/frmMain.h"
@@ -106,6 +108,12 @@ private slots:
     void firstActivation();
     void frame_data();
     void frame();
+    void uploadPages_data();
+    void uploadPages();
+    void selectButtons_data();
+    void selectButtons();
+    void stopFirmwareOnClose_data();
+    void stopFirmwareOnClose();
     void gridFilter_data();
     void gridFilter();
     void placeholders_data();
@@ -294,6 +302,154 @@ void tst_frmMain::frame()
     QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
     QVERIFY2(status.isEmpty() || w.StatusLine().startsWith(status), qPrintable(w.StatusLine()));
     QVERIFY(!w.app().CommunicationIsRunning());
+}
+
+void tst_frmMain::uploadPages_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QStringList>("clicks");
+    QTest::addColumn<QString>("file"); // the file every clicked box's setting names; "" none chosen
+    QTest::addColumn<QString>("box");
+
+    const QString lsNothing = QStringLiteral("KVT Upload: Please select one or more items to upload");
+    const QString lsDone = QStringLiteral("KVT Upload: Upload successfully completed");
+    QTest::newRow("databases, nothing ticked") << "cmdUploadDatabases" << QStringList{} << "" << lsNothing;
+    QTest::newRow("databases, ticked then cleared")
+        << "cmdUploadDatabases" << QStringList{"chkSelectFileSFL", "chkSelectFileSFL"} << "" << lsNothing;
+    QTest::newRow("software, only a database ticked")
+        << "cmdInstallKVTSoftware" << QStringList{"chkSelectFileSSL"} << "" << lsNothing;
+    QTest::newRow("databases, ticked, no file chosen")
+        << "cmdUploadDatabases" << QStringList{"chkSelectFileUSL"} << ""
+        << "KVT Upload ERROR: ERROR: Upload Failed: ";
+    QTest::newRow("databases, SpotList") << "cmdUploadDatabases" << QStringList{"chkSelectFileSSL"} << "a.ssl"
+                                         << lsDone;
+    QTest::newRow("databases, User FalseList") << "cmdUploadDatabases" << QStringList{"chkSelectFileUFL"} << "a.ufl"
+                                               << lsDone;
+    QTest::newRow("software, sounds and analyser")
+        << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTSND", "chkSelectKVTSA"} << "a.kvt" << lsDone;
+    QTest::newRow("software, operating system") << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTCC"} << "a.kvt"
+                                                << lsDone;
+}
+
+// The tick boxes reach the upload the button starts; the window is off while
+// the upload talks to the display and on again after it.
+void tst_frmMain::uploadPages()
+{
+    QFETCH(QString, button);
+    QFETCH(QStringList, clicks);
+    QFETCH(QString, file);
+    QFETCH(QString, box);
+
+    WindowRig w(0);
+    w.rig.display.SetGeometry(0, 8, 8, 64);
+    w.Show();
+    if (!file.isEmpty()) {
+        const QString lsPath = w.rig.t.Home() + file;
+        QByteArray lcData;
+        for (int i = 0; i < 100; ++i)
+            lcData.append(char(1 + i * 7 % 250));
+        WriteAll(lsPath, lcData);
+        // only the clicked rows name the file: a box wired to another row fails the upload
+        const QMap<QString, qint16> lcIndex = {{"chkSelectKVTCC", 0},  {"chkSelectFileSSL", 1}, {"chkSelectFileSFL", 2},
+                                               {"chkSelectFileUSL", 3}, {"chkSelectFileUFL", 4}, {"chkSelectKVTSA", 10},
+                                               {"chkSelectKVTSND", 12}};
+        for (const QString& lsBox : clicks)
+            w.app().Settings().SetLastFilenames(lcIndex.value(lsBox), lsPath);
+    }
+    for (const QString& lsBox : clicks)
+        w.Click(lsBox);
+    auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
+    auto* lcTick = w.Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"));
+    QList<bool> lcDuring;
+    connect(&w.app(), &clsApplication::StatusShown, this, [&]() {
+        if (w.app().CommunicationIsRunning())
+            lcDuring << (lcExit->isEnabled() || lcTick->isEnabled());
+    });
+    const int llRequests = w.rig.display.Requests().size();
+    w.Click(button);
+    QVERIFY(!w.rig.t.dialogs.boxes.isEmpty());
+    const FakeUserDialogs::Box& lcBox = w.rig.t.dialogs.boxes.last();
+    QVERIFY2((lcBox.title + QStringLiteral(": ") + lcBox.text).startsWith(box), qPrintable(lcBox.text));
+    // a ticked box with no file still greets the display before the files are checked
+    const bool lbTalked = !box.contains(QLatin1String("Please select"));
+    QCOMPARE(w.rig.display.Requests().size() > llRequests, lbTalked);
+    if (lbTalked) {
+        QVERIFY(!lcDuring.isEmpty());
+        QVERIFY(!lcDuring.contains(true));
+    }
+    QVERIFY(lcExit->isEnabled() && lcTick->isEnabled());
+    QVERIFY(!w.app().CommunicationIsRunning());
+}
+
+void tst_frmMain::selectButtons_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("textBox");
+    QTest::addColumn<int>("index");
+    QTest::newRow("SSL") << "cmdSelectFileSSL" << "txtUpdateDbSSL" << 1;
+    QTest::newRow("SFL") << "cmdSelectFileSFL" << "txtUpdateDbSFL" << 2;
+    QTest::newRow("USL") << "cmdSelectFileUSL" << "txtUpdateDbUSL" << 3;
+    QTest::newRow("UFL") << "cmdSelectFileUFL" << "txtUpdateDbUFL" << 4;
+    QTest::newRow("KVT_CC") << "cmdSelectKVTCC" << "txtSelectKVTCC" << 0;
+    QTest::newRow("KVT_SA") << "cmdSelectKVTSA" << "txtSelectKVTSA" << 10;
+    QTest::newRow("KVT_SND") << "cmdSelectKVTSND" << "txtSelectKVTSND" << 12;
+    QTest::newRow("KVT_MD") << "cmdSelectKVTMD" << "txtSelectKVTMD" << 11;
+}
+
+// Each Select button chooses the file of its own row and nothing else.
+void tst_frmMain::selectButtons()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, textBox);
+    QFETCH(int, index);
+
+    WindowRig w(0);
+    w.Show();
+    w.rig.t.dialogs.fileNames << QStringLiteral("/new/one");
+    w.Click(button);
+    QCOMPARE(w.Find<QLineEdit>(textBox)->text(), QStringLiteral("/new/one"));
+    QCOMPARE(w.app().Settings().LastFilenames(qint16(index)), QStringLiteral("/new/one"));
+    int llChanged = 0;
+    for (QLineEdit* lcBox : w.window.findChildren<QLineEdit*>())
+        llChanged += lcBox->text() == QLatin1String("/new/one");
+    QCOMPARE(llChanged, 1);
+}
+
+void tst_frmMain::stopFirmwareOnClose_data()
+{
+    QTest::addColumn<MsgResult>("answer");
+    QTest::addColumn<bool>("closed");
+    QTest::newRow("Yes stops the update and closes") << MsgResult::Yes << true;
+    QTest::newRow("No lets it run") << MsgResult::No << false;
+}
+
+// The unit stays silent, so the stream would run for ever: only the user's
+// Yes (or, after No, the test itself) stops it.
+void tst_frmMain::stopFirmwareOnClose()
+{
+    QFETCH(MsgResult, answer);
+    QFETCH(bool, closed);
+
+    WindowRig w(0);
+    w.Show();
+    const QString lsFile = w.rig.t.Home() + QStringLiteral("fw.kvt_md");
+    WriteAll(lsFile, clsSimSamples::FirmwareFile(300));
+    w.app().Settings().SetLastFilenames(11, lsFile);
+    w.app().ShowLastUploadFiles();
+    w.rig.bootloader.SetSilentLines(1000000);
+    w.rig.t.dialogs.answers << answer;
+    w.rig.clock->ScheduleIn(50000, [&]() { w.window.close(); });
+    w.rig.clock->ScheduleIn(200000, [&]() { w.app().RequestCancel(); });
+    w.Click(QStringLiteral("cmdInstallKVTMemoryDisplay"));
+    QCoreApplication::processEvents();
+    QCOMPARE(w.rig.t.dialogs.boxes.size(), 2);
+    QCOMPARE(w.rig.t.dialogs.boxes[0].text, QStringLiteral("The Memory Display firmware is being updated.\r\nStop the update?"));
+    QCOMPARE(w.rig.t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
+    QVERIFY(w.rig.t.dialogs.boxes[1].text.startsWith(QStringLiteral("Firmware update stopped")));
+    const quint32 llStopped = closed ? 50000 : 200000;
+    QVERIFY2(w.rig.clock->timeGetTime() >= llStopped && w.rig.clock->timeGetTime() < llStopped + 10000,
+             qPrintable(QString::number(w.rig.clock->timeGetTime())));
+    QCOMPARE(w.window.isVisible(), !closed);
 }
 
 void tst_frmMain::gridFilter_data()

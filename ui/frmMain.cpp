@@ -7,6 +7,7 @@
 #include "platform/Err.h"
 #include "platform/IUserDialogs.h"
 #include "ui/clsRecordTableModel.h"
+#include "upload/clsUpgradeFile.h"
 #include "ui/frmAbout.h"
 #include "ui_frmMain.h"
 
@@ -73,11 +74,8 @@ void frmMain::ConnectControls()
     connect(ui->cmdSaveRouteAndPoliceTable, &QPushButton::clicked, this, &frmMain::cmdSaveRouteAndPoliceTable_Click);
     connect(ui->cmdClearRouteAndPoliceTable, &QPushButton::clicked, this, &frmMain::cmdClearRouteAndPoliceTable_Click);
     for (QPushButton* lcClear : {ui->cmdClearFlash, ui->cmdClearKvtDisplay})
-        connect(lcClear, &QPushButton::clicked, this, [this]() {
-            if (!LinkBusy([this]() { mcApp->clearDisplay(); }))
-                mcApp->clearDisplay();
-            AfterOperation();
-        });
+        connect(lcClear, &QPushButton::clicked, this, [this]() { Forward([this]() { mcApp->clearDisplay(); }); });
+    ConnectUploadControls();
     for (QPushButton* lcPlaceholder : {ui->cmdExportRouteAndPoliceToExcel, ui->cmdExportToExcelStopAndFalseList,
                                        ui->cmdRetreiveSpotAndFalseList, ui->cmdSaveSpotAndFalseList})
         connect(lcPlaceholder, &QPushButton::clicked, this, &frmMain::NotImplemented);
@@ -86,6 +84,49 @@ void frmMain::ConnectControls()
     connect(ui->mnu_Exit, &QAction::triggered, this, &QWidget::close);
     connect(ui->mnu_MainCom, &QAction::triggered, this, [this]() { mcApp->GetCorrectComPortFromUser(); });
     connect(ui->mnu_About, &QAction::triggered, this, &frmMain::mnu_About_Click);
+}
+
+// The upload click handlers bring their own frame and boxes; the window only
+// forwards them. Choosing a file talks to no display.
+void frmMain::ConnectUploadControls()
+{
+    const QList<QPair<QPushButton*, void (clsApplication::*)()>> lcSelects = {
+        {ui->cmdSelectFileSSL, &clsApplication::GetNewFileNameForUploadSSL},
+        {ui->cmdSelectFileSFL, &clsApplication::GetNewFileNameForUploadSFL},
+        {ui->cmdSelectFileUSL, &clsApplication::GetNewFileNameForUploadUSL},
+        {ui->cmdSelectFileUFL, &clsApplication::GetNewFileNameForUploadUFL},
+        {ui->cmdSelectKVTCC, &clsApplication::GetNewFileNameForUploadKVTCC},
+        {ui->cmdSelectKVTSA, &clsApplication::GetNewFileNameForUploadKVTSA},
+        {ui->cmdSelectKVTSND, &clsApplication::GetNewFileNameForUploadKVTSND},
+        {ui->cmdSelectKVTMD, &clsApplication::GetNewFileNameForUploadKVTMemoryDisplay},
+    };
+    for (const auto& lcSelect : lcSelects) {
+        const auto lMember = lcSelect.second;
+        connect(lcSelect.first, &QPushButton::clicked, this, [this, lMember]() { (mcApp->*lMember)(); });
+    }
+    const QList<QPair<QCheckBox*, UploadType>> lcTicks = {
+        {ui->chkSelectFileSSL, UploadType::SSL}, {ui->chkSelectFileSFL, UploadType::SFL},
+        {ui->chkSelectFileUSL, UploadType::USL}, {ui->chkSelectFileUFL, UploadType::UFL},
+        {ui->chkSelectKVTCC, UploadType::KVTCC}, {ui->chkSelectKVTSA, UploadType::KVTSA},
+        {ui->chkSelectKVTSND, UploadType::KVTSND},
+    };
+    for (const auto& lcTick : lcTicks) {
+        const UploadType lType = lcTick.second;
+        lcTick.first->setChecked(mcApp->UploadSelection().Ticked(lType));
+        connect(lcTick.first, &QCheckBox::toggled, this,
+                [this, lType](bool vbTicked) { mcApp->UploadSelection().SetTicked(lType, vbTicked); });
+    }
+    connect(ui->cmdUploadDatabases, &QPushButton::clicked, this,
+            [this]() { Forward([this]() { mcApp->cmdUploadDatabases_Click(); }); });
+    connect(ui->cmdInstallKVTSoftware, &QPushButton::clicked, this,
+            [this]() { Forward([this]() { mcApp->cmdInstallKVTSoftware_Click(); }); });
+    connect(ui->cmdInstallKVTMemoryDisplay, &QPushButton::clicked, this, [this]() {
+        Forward([this]() {
+            mbFirmwareRunning = true;
+            mcApp->cmdInstallKVTMemoryDisplay_Click();
+            mbFirmwareRunning = false;
+        });
+    });
 }
 
 // The six selection boxes all refill the grid the same way.
@@ -163,6 +204,15 @@ void frmMain::RunFramed(const std::function<void(clsError&)>& vOperation)
     AfterOperation();
 }
 
+// For the click handlers that run their own frame.
+void frmMain::Forward(const std::function<void()>& vAction)
+{
+    if (LinkBusy([this, vAction]() { Forward(vAction); }))
+        return;
+    vAction();
+    AfterOperation();
+}
+
 // A detection round lets window events run while it waits on the display; a
 // click that comes in then is run as soon as the round is over. A click
 // inside a running operation cannot happen with the window disabled, and is
@@ -218,8 +268,7 @@ void frmMain::Form_Activate()
     mcModel->FillWithBlankRows(kFirstGridRows - 1);
     if (!mcApp)
         return;
-    for (int llIndex : {0, 1, 2, 3, 4, 10, 11, 12})
-        SetUploadFileText(llIndex, mcApp->Settings().LastFilenames(qint16(llIndex)));
+    mcApp->ShowLastUploadFiles();
 }
 
 QString frmMain::TabKey(int vlTab) const
@@ -227,12 +276,16 @@ QString frmMain::TabKey(int vlTab) const
     return ui->tbsSelect->tabBar()->tabData(vlTab).toString();
 }
 
-// Closing waits for a running operation to end; only unsaved records are asked about.
+// Closing waits for a running operation to end; only unsaved records are asked
+// about. The firmware stream may run for minutes, so the user may stop it: the
+// display then stays in its bootloader, which the stream itself reports.
 void frmMain::closeEvent(QCloseEvent* vcEvent)
 {
     if (mcApp && mcApp->CommunicationIsRunning()) {
-        mbCloseRequested = true;
         vcEvent->ignore();
+        if (mbFirmwareRunning && !AskToStopFirmware())
+            return;
+        mbCloseRequested = true;
         return;
     }
     if (!AskToQuit()) {
@@ -240,6 +293,16 @@ void frmMain::closeEvent(QCloseEvent* vcEvent)
         return;
     }
     vcEvent->accept();
+}
+
+bool frmMain::AskToStopFirmware()
+{
+    if (mcApp->Dialogs().MsgBox(QStringLiteral("The Memory Display firmware is being updated.\r\nStop the update?"),
+                                MsgButtons::YesNo, MsgIcon::Question, clsApplication::ApplicationName())
+        != MsgResult::Yes)
+        return false;
+    mcApp->RequestCancel();
+    return true;
 }
 
 bool frmMain::AskToQuit()

@@ -60,12 +60,14 @@ private:
 
     void Form_Activate();
     void ConnectControls();
+    void ConnectUploadControls();
     void ConnectFilterBox(QCheckBox* vcBox, bool clsRecordSelection::*vField);
     QLineEdit* UploadFileBox(int vlIndex) const;
 
     // One user action inside the operation frame; held back while a detection
     // round waits on the display, refused while another operation runs.
     void RunFramed(const std::function<void(clsError&)>& vOperation);
+    void Forward(const std::function<void()>& vAction);
     bool LinkBusy(const std::function<void()>& vRetry);
     void AfterOperation();
 
@@ -76,6 +78,7 @@ private:
     void NotImplemented();
     void mnu_About_Click();
     void mnu_ExportAs_Click();
+    bool AskToStopFirmware();
     bool AskToQuit();
 
     std::unique_ptr<Ui::frmMain> ui;
@@ -85,4 +88,5 @@ private:
     clsQtProgressBar mcBars[3];
     bool mbActivated = false;
     bool mbCloseRequested = false;
+    bool mbFirmwareRunning = false;
 };
