@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 #include <QMessageBox>
 
 namespace {
@@ -53,6 +54,9 @@ int main(int argc, char* argv[])
     QApplication lcQt(argc, argv);
     QApplication::setApplicationName(QStringLiteral("corvane-desktop"));
     QApplication::setApplicationVersion(clsApplication::VersionString());
+    // The desktop entry's picture on every window, and the entry itself for the task bar.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvane-desktop.png")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("corvane-desktop"));
     const clsDesktopProgram::Options lcOptions = ParseOptions(lcQt);
     // A run-time error outside an operation (the settings cannot be written)
     // has no error value to go to: the user is told and the program ends.
