@@ -1,7 +1,7 @@
 // corvane upload-db, upload-software and update-firmware as a user runs them,
 // against corvane-display-sim on a pseudo-terminal, in real time.
 
-#include "CliProcess.h"
+#include "CorvaneProcess.h"
 #include "TestFiles.h"
 
 #include "sim/clsSimSamples.h"
@@ -11,7 +11,6 @@
 
 #include <csignal>
 
-using namespace CliProcess;
 
 namespace {
 constexpr int kPageSize = 4096; // the simulator's default geometry: pages 0 to 63
@@ -62,7 +61,7 @@ void tst_UploadCli::help()
 {
     QFETCH(QString, command);
     QFETCH(QStringList, options);
-    const Run lcRun = Corvane({command, "--help"});
+    const clsRun lcRun = Corvane({command, "--help"});
     QCOMPARE(lcRun.exitCode, 0);
     QVERIFY2(lcRun.out.startsWith(QStringLiteral("Usage: corvane %1 ").arg(command)), qPrintable(lcRun.out));
     for (const QString& lsOption : options + QStringList{"--port", "--home", "--yes,"})
@@ -91,7 +90,7 @@ void tst_UploadCli::nothingChosen()
     QFETCH(int, exitCode);
     QFETCH(QString, error);
     QTemporaryDir lcHome;
-    const Run lcRun = Corvane(arguments + QStringList{"--home", lcHome.path(), "--port", "/nonexistent/tty", "--no"});
+    const clsRun lcRun = Corvane(arguments + QStringList{"--home", lcHome.path(), "--port", "/nonexistent/tty", "--no"});
     QCOMPARE(lcRun.exitCode, exitCode);
     QVERIFY2(lcRun.err.contains(error), qPrintable(lcRun.err));
 }
@@ -104,7 +103,7 @@ void tst_UploadCli::missingFileSendsNothing()
     QProcess lcSim;
     QString lsLink;
     QVERIFY(StartDisplay(lcSim, lcDir, {"--save-flash", lsImage}, lsLink));
-    const Run lcRun = Corvane({"upload-db", "--ssl", Sample(mcSamples, "ssl"), "--ufl", "/nonexistent/x.ufl", "--port",
+    const clsRun lcRun = Corvane({"upload-db", "--ssl", Sample(mcSamples, "ssl"), "--ufl", "/nonexistent/x.ufl", "--port",
                                lsLink, "--home", lcDir.path(), "--yes"});
     QVERIFY(StopDisplay(lcSim));
     QCOMPARE(lcRun.exitCode, 1);
@@ -124,7 +123,7 @@ void tst_UploadCli::databasesLandPageAfterPage()
     QVERIFY(StartDisplay(lcSim, lcDir, {"--save-flash", lsImage}, lsLink));
     const QString lsSsl = Sample(mcSamples, "ssl");
     const QString lsUsl = Sample(mcSamples, "usl");
-    const Run lcRun = Corvane({"upload-db", "--ssl", lsSsl, "--usl", lsUsl, "--verify", "--port", lsLink, "--home",
+    const clsRun lcRun = Corvane({"upload-db", "--ssl", lsSsl, "--usl", lsUsl, "--verify", "--port", lsLink, "--home",
                                lcDir.path(), "--yes"});
     QVERIFY(StopDisplay(lcSim));
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
@@ -150,7 +149,7 @@ void tst_UploadCli::verifyFindsOldDataUnderTheFile()
     QString lsLink;
     QVERIFY(StartDisplay(lcSim, lcDir, {"--first-page", "1", "--flash", lsOld}, lsLink));
     const QString lsKvt = Sample(mcSamples, "kvt");
-    const Run lcRun = Corvane({"upload-software", "--kvt", lsKvt, "--verify", "--port", lsLink, "--home", lcDir.path()});
+    const clsRun lcRun = Corvane({"upload-software", "--kvt", lsKvt, "--verify", "--port", lsLink, "--home", lcDir.path()});
     QVERIFY(StopDisplay(lcSim));
     QCOMPARE(lcRun.exitCode, 1);
     QVERIFY2(lcRun.err.contains(QStringLiteral("Verify failed: %1 differs from the display at page 2, offset 0")
@@ -166,7 +165,7 @@ void tst_UploadCli::firmwareWithARejectingBootloader()
     QProcess lcSim;
     QString lsLink;
     QVERIFY(StartDisplay(lcSim, lcDir, {"--fault", "nak-lines=3"}, lsLink));
-    const Run lcRun = Corvane({"update-firmware", "--kvt-md", Sample(mcSamples, "kvt_md"), "--port", lsLink, "--home",
+    const clsRun lcRun = Corvane({"update-firmware", "--kvt-md", Sample(mcSamples, "kvt_md"), "--port", lsLink, "--home",
                                lcDir.path()});
     QVERIFY(StopDisplay(lcSim));
     QVERIFY2(lcRun.exitCode == 0, qPrintable(lcRun.err));
@@ -181,7 +180,7 @@ void tst_UploadCli::interruptedFirmwareUpdate()
     QProcess lcSim;
     QString lsLink;
     QVERIFY(StartDisplay(lcSim, lcDir, {"--fault", "silent-lines=1000"}, lsLink));
-    const Run lcRun = Corvane({"update-firmware", "--kvt-md", Sample(mcSamples, "kvt_md"), "--port", lsLink, "--home",
+    const clsRun lcRun = Corvane({"update-firmware", "--kvt-md", Sample(mcSamples, "kvt_md"), "--port", lsLink, "--home",
                                lcDir.path()},
                               60000, [](QProcess& rcProcess) {
                                   // once the first line is out, read without taking it from the run's output

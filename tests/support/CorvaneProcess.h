@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QProcess>
 #include <QStringList>
+#include <functional>
 #include <QTemporaryDir>
 
 // corvane and corvane-display-sim as a user runs them: separate processes,
@@ -26,14 +27,18 @@ struct clsRun {
     qint64 ms = 0;
 };
 
-// Runs corvane with stdin a pipe, so it is not interactive.
-inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000)
+// Runs corvane with stdin a pipe, so it is not interactive. vWhileRunning is
+// called once the process has started (to signal it, for example).
+inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000,
+                      const std::function<void(QProcess&)>& vWhileRunning = {})
 {
     QProcess lcProcess;
     QElapsedTimer lcTimer;
     lcTimer.start();
     lcProcess.start(kCorvane, vcArguments);
     lcProcess.closeWriteChannel();
+    if (vWhileRunning && lcProcess.waitForStarted())
+        vWhileRunning(lcProcess);
     clsRun lcRun;
     if (!lcProcess.waitForFinished(vlTimeoutMs)) {
         lcProcess.kill();
