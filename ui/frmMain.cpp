@@ -90,19 +90,15 @@ void frmMain::ConnectControls()
 // forwards them. Choosing a file talks to no display.
 void frmMain::ConnectUploadControls()
 {
-    const QList<QPair<QPushButton*, void (clsApplication::*)()>> lcSelects = {
-        {ui->cmdSelectFileSSL, &clsApplication::GetNewFileNameForUploadSSL},
-        {ui->cmdSelectFileSFL, &clsApplication::GetNewFileNameForUploadSFL},
-        {ui->cmdSelectFileUSL, &clsApplication::GetNewFileNameForUploadUSL},
-        {ui->cmdSelectFileUFL, &clsApplication::GetNewFileNameForUploadUFL},
-        {ui->cmdSelectKVTCC, &clsApplication::GetNewFileNameForUploadKVTCC},
-        {ui->cmdSelectKVTSA, &clsApplication::GetNewFileNameForUploadKVTSA},
-        {ui->cmdSelectKVTSND, &clsApplication::GetNewFileNameForUploadKVTSND},
-        {ui->cmdSelectKVTMD, &clsApplication::GetNewFileNameForUploadKVTMemoryDisplay},
+    const QList<QPair<QPushButton*, UploadType>> lcSelects = {
+        {ui->cmdSelectFileSSL, UploadType::SSL}, {ui->cmdSelectFileSFL, UploadType::SFL},
+        {ui->cmdSelectFileUSL, UploadType::USL}, {ui->cmdSelectFileUFL, UploadType::UFL},
+        {ui->cmdSelectKVTCC, UploadType::KVTCC}, {ui->cmdSelectKVTSA, UploadType::KVTSA},
+        {ui->cmdSelectKVTSND, UploadType::KVTSND}, {ui->cmdSelectKVTMD, UploadType::KVTMD},
     };
     for (const auto& lcSelect : lcSelects) {
-        const auto lMember = lcSelect.second;
-        connect(lcSelect.first, &QPushButton::clicked, this, [this, lMember]() { (mcApp->*lMember)(); });
+        const UploadType lType = lcSelect.second;
+        connect(lcSelect.first, &QPushButton::clicked, this, [this, lType]() { mcApp->GetNewFileNameForUpload(lType); });
     }
     const QList<QPair<QCheckBox*, UploadType>> lcTicks = {
         {ui->chkSelectFileSSL, UploadType::SSL}, {ui->chkSelectFileSFL, UploadType::SFL},
