@@ -434,9 +434,11 @@ void clsApplication::CollectRoutes()
 
 // The grid shows every valid record that a ticked selection box belongs to;
 // the route column is filled while "Show route" is ticked. The window reads
-// the rows itself; here their places are looked up, inside the operation, so
-// an overflow of the search is reported like any other run-time error and
-// the window only ever reads remembered place texts.
+// the rows itself and a record looks its places up when first read, for
+// the rows a window draws or a file gets; here, inside the operation, the
+// shown rows are only checked for a search that would overflow, so that
+// error is reported like any other run-time error and never met while the
+// window draws.
 // The window refills the grid with it alone too, so like the route step it
 // keeps its run-time errors in the error value.
 void clsApplication::ShowRecords(clsError& rcError)
@@ -451,10 +453,8 @@ void clsApplication::FillGrid()
     ShowBar(rcBar, 1, mcRecords->Count() + 1);
     for (qint32 i = 1; i <= mcRecords->Count(); ++i) {
         const clsHalvexRecord& rcRecord = mcRecords->Item(i);
-        if (mcSelection.Admits(rcRecord)) {
-            rcRecord.Origin(true);
-            rcRecord.Destination(true);
-        }
+        if (mcSelection.Admits(rcRecord))
+            rcRecord.RaiseOnPlaceOverflow();
         rcBar.Increment();
     }
     rcBar.SetVisible(false);
