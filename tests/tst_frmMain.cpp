@@ -20,6 +20,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -503,6 +504,14 @@ void tst_frmMain::gridFilter()
     }
     QCOMPARE(lcShown, lcExpected);
     QVERIFY(types.isEmpty() || !lcExpected.isEmpty());
+    // The widths come from a sample of the rows, which holds the header, the first and the last row.
+    auto* lcGrid = w.Find<QTableView>(QStringLiteral("flexGrid"));
+    for (int c = 0; c < lcModel->columnCount(); ++c) {
+        QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->horizontalHeader()->fontMetrics().horizontalAdvance(
+                                                lcModel->headerData(c, Qt::Horizontal).toString()));
+        for (const QString& lsRow : {lcShown.value(0), lcShown.value(lcShown.size() - 1)})
+            QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->fontMetrics().horizontalAdvance(lsRow.section('\t', c, c)));
+    }
 }
 
 void tst_frmMain::placeholders_data()
