@@ -33,13 +33,15 @@ private slots:
     void erase();
     void silentDisplayIsCancelledUnderNo();
     void simulatedDisplayRemembersThePort();
+    void detect_data();
+    void detect();
 };
 
 void tst_Cli::helpListsEveryCommand()
 {
     const clsRun lcRun = Corvane({"--help"});
     QCOMPARE(lcRun.exitCode, 0);
-    for (const char* lsCommand : {"download", "erase", "decode", "id"}) {
+    for (const char* lsCommand : {"download", "erase", "decode", "id", "detect"}) {
         QVERIFY2(lcRun.out.contains(QStringLiteral("\n  %1 ").arg(lsCommand)), lsCommand);
         const clsRun lcCommand = Corvane({lsCommand, "--help"});
         QCOMPARE(lcCommand.exitCode, 0);
@@ -259,6 +261,44 @@ void tst_Cli::simulatedDisplayRemembersThePort()
     QCOMPARE(lcByNumber.exitCode, 0);
     QVERIFY(ReadAll(lsIni).contains("Com=3\r\n"));
     QVERIFY(ReadAll(lsIni).contains("Port=\r\n"));
+}
+
+void tst_Cli::detect_data()
+{
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("err");
+    QTest::newRow("just plugged in") << "--simulate" << 0
+                                     << "Display detected: greeted with \"Connected to\" and \"Corvane Desktop\"\n"
+                                     << "Display Detected (";
+    QTest::newRow("greeted before") << "pty" << 0
+                                    << "Display present: greeted before, it is greeted again once plugged in anew\n"
+                                    << "";
+    QTest::newRow("nothing on the port") << "/dev/nonexistent-kvt" << 1 << ""
+                                         << "corvane: no display answers\n";
+}
+
+// One round of the window's probe: the status line and greeting for a display
+// that says it was just plugged in, nothing for one that was greeted before.
+void tst_Cli::detect()
+{
+    QFETCH(QString, port);
+    QFETCH(int, exitCode);
+    QFETCH(QString, out);
+    QFETCH(QString, err);
+    SimProcess lcSim;
+    QStringList lcArguments = {"detect", "-v", "--home", lcSim.File(QStringLiteral("home"))};
+    if (port == QLatin1String("pty")) {
+        QVERIFY(lcSim.Start(kDisplay));
+        lcArguments << "--port" << lcSim.Link();
+    } else {
+        lcArguments << (port.startsWith(QLatin1Char('/')) ? QStringList{"--port", port} : QStringList{port});
+    }
+    const clsRun lcRun = Corvane(lcArguments);
+    QCOMPARE(lcRun.exitCode, exitCode);
+    QCOMPARE(lcRun.out, out);
+    QVERIFY2(lcRun.err.contains(err), qPrintable(lcRun.err));
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
