@@ -41,21 +41,16 @@ void WritePage(TestApp& rcApp, int vlPage, const QByteArray& vcText)
     QVERIFY(lcFile.open(QIODevice::WriteOnly) && lcFile.write(vcText) == vcText.size());
 }
 
-// A trip, route point, tank stop or km correction with a fix and an end km.
-Bytes Record(int vlType, qint32 vlEndKm, qint32 vlPreviousKm = 0)
+// A trip, route point, tank stop or km correction with a fix, an end km and
+// the counter a km correction read before (bytes 0, 1, 15, 16).
+Bytes Record(int vlType, quint32 vlEndKm, quint32 vlPreviousKm = 0)
 {
-    Bytes b{};
-    b[17] = quint8(vlType);
-    b[4] = 0x65;
-    b[5] = 0x0E;
-    b[6] = 1;
-    b[10] = 1;
-    for (int i = 0; i < 4; ++i)
-        b[size_t(18 + i)] = quint8(vlEndKm >> (8 * i));
-    b[0] = quint8(vlPreviousKm);
-    b[1] = quint8(vlPreviousKm >> 8);
+    Bytes b{quint8(vlPreviousKm), quint8(vlPreviousKm >> 8), 0, 0, 0x65, 0x0E, 1, 0, 0, 0, 1};
     b[15] = quint8(vlPreviousKm >> 16);
     b[16] = quint8(vlPreviousKm >> 24);
+    b[17] = quint8(vlType);
+    for (int i = 0; i < 4; ++i)
+        b[size_t(18 + i)] = quint8(vlEndKm >> (8 * i));
     return b;
 }
 
