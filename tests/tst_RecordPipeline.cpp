@@ -111,7 +111,7 @@ private slots:
         QFile lcExpected(lcSet.filePath(QStringLiteral("expected.txt")));
         // CORVANE_UPDATE_GOLDEN=1 rewrites the expected lines after a deliberate change; review the diff.
         if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN"))
-            QVERIFY(lcExpected.open(QIODevice::WriteOnly) && lcExpected.write((lcLines.join('\n') + '\n').toUtf8()) > 0);
+            QVERIFY(lcExpected.open(QIODevice::WriteOnly) && lcExpected.write((lcLines.join('\n') + '\n').toUtf8()) > 0 && lcExpected.flush());
         QCOMPARE(lcLines, QString::fromUtf8(ReadAll(lcExpected.fileName())).split(QLatin1Char('\n'), Qt::SkipEmptyParts));
         QVERIFY(PageFiles(a).isEmpty());
         QCOMPARE(a.app->DataSaved(), false);

@@ -67,6 +67,41 @@ qint64 Field31(const QByteArray& vcRecord, int vlOffset)
     return qint64(quint8(vcRecord[vlOffset]) | (quint8(vcRecord[vlOffset + 1]) << 8) |
                   (quint8(vcRecord[vlOffset + 2]) << 16) | (quint8(vcRecord[vlOffset + 3] & 0x7F) << 24));
 }
+
+// The rows of a tab-separated table in tests/data, its comment lines left out.
+QList<QStringList> Table(const QString& vsName, int vlFields)
+{
+    QFile lcFile(QStringLiteral(CORVANE_TEST_DATA "/") + vsName);
+    QList<QStringList> lcRows;
+    if (lcFile.open(QIODevice::ReadOnly | QIODevice::Text))
+        for (const QString& lsLine : QString::fromUtf8(lcFile.readAll()).split(QLatin1Char('\n')))
+            if (!lsLine.startsWith(QLatin1Char('#')) && lsLine.count(QLatin1Char('\t')) == vlFields - 1)
+                lcRows << lsLine.split(QLatin1Char('\t'));
+    return lcRows;
+}
+
+using Setter = std::function<void(clsSimRecordFields&, const QString&)>;
+// Each field of the simulator's record by name, from its text in tests/data/sim-records.txt.
+const QMap<QString, Setter> kFieldSetters = {
+    {"RecordType", [](clsSimRecordFields& f, const QString& v) { f.RecordType = quint8(v.toInt()); }},
+    {"HasFix", [](clsSimRecordFields& f, const QString& v) { f.HasFix = v.toInt(); }},
+    {"Date", [](clsSimRecordFields& f, const QString& v) { f.Date = QDate::fromString(v, Qt::ISODate); }},
+    {"StartTime", [](clsSimRecordFields& f, const QString& v) { f.StartTime = QTime::fromString(v); }},
+    {"StopTime", [](clsSimRecordFields& f, const QString& v) { f.StopTime = QTime::fromString(v); }},
+    {"Latitude", [](clsSimRecordFields& f, const QString& v) { f.Latitude = v.toDouble(); }},
+    {"Longitude", [](clsSimRecordFields& f, const QString& v) { f.Longitude = v.toDouble(); }},
+    {"TripType", [](clsSimRecordFields& f, const QString& v) { f.TripType = quint8(v.toInt()); }},
+    {"Direction", [](clsSimRecordFields& f, const QString& v) { f.Direction = v.toInt(); }},
+    {"Speed", [](clsSimRecordFields& f, const QString& v) { f.Speed = quint8(v.toInt()); }},
+    {"KmCounter", [](clsSimRecordFields& f, const QString& v) { f.KmCounter = v.toInt(); }},
+    {"TankReceipt", [](clsSimRecordFields& f, const QString& v) { f.TankReceipt = quint16(v.toInt()); }},
+    {"FrequencyBand", [](clsSimRecordFields& f, const QString& v) { f.FrequencyBand = quint8(v.toInt()); }},
+    {"FrequencyOffset", [](clsSimRecordFields& f, const QString& v) { f.FrequencyOffset = quint16(v.toInt()); }},
+    {"Amplitude", [](clsSimRecordFields& f, const QString& v) { f.Amplitude = quint8(v.toInt()); }},
+    {"PreviousKm", [](clsSimRecordFields& f, const QString& v) { f.PreviousKm = v.toInt(); }},
+    {"DriveTimeMarker", [](clsSimRecordFields& f, const QString& v) { f.DriveTimeMarker = v.toInt(); }},
+    {"DriveTime", [](clsSimRecordFields& f, const QString& v) { f.DriveTime = QTime::fromString(v); }},
+};
 }
 Q_DECLARE_METATYPE(Bytes)
 
@@ -108,13 +143,8 @@ private slots:
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QString>("column");
         QTest::addColumn<QString>("expected");
-        QFile lcRows(QStringLiteral(CORVANE_TEST_DATA "/record-columns.txt"));
-        QVERIFY(lcRows.open(QIODevice::ReadOnly | QIODevice::Text));
-        for (const QByteArray& lcLine : lcRows.readAll().split('\n')) {
-            const QList<QByteArray> f = lcLine.split('\t');
-            if (f.size() == 4 && !lcLine.startsWith('#'))
-                QTest::newRow(f[0].constData()) << QByteArray::fromHex(f[1]) << QString::fromUtf8(f[2]) << QString::fromUtf8(f[3]);
-        }
+        for (const QStringList& f : Table(QStringLiteral("record-columns.txt"), 4))
+            QTest::newRow(qPrintable(f[0])) << QByteArray::fromHex(f[1].toLatin1()) << f[2] << f[3];
     }
     void columns()
     {
@@ -132,27 +162,8 @@ private slots:
         QTest::addColumn<int>("mode");
         QTest::addColumn<qint32>("value");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("equator is south") << true << 0 << 54000000 << "S,90,00.0000";
-        QTest::newRow("just north") << true << 0 << 54000001 << "N,00,00.0001";
-        QTest::newRow("just south") << true << 0 << 53999999 << "S,00,00.0001";
-        QTest::newRow("no position") << true << 0 << 0 << "S,90,00.0000";
-        QTest::newRow("north pole wraps") << true << 0 << 108000000 << "N,00,00.0000";
-        QTest::newRow("lat mode 0") << true << 0 << kLat5221 << "N,52,21.4567";
-        QTest::newRow("lat mode 1") << true << 1 << kLat5221 << "N";
-        QTest::newRow("lat mode 2") << true << 2 << kLat5221 << ",52";
-        QTest::newRow("lat mode 3") << true << 3 << kLat5221 << ",21";
-        QTest::newRow("lat mode 4") << true << 4 << kLat5221 << "4567";
-        QTest::newRow("lat mode 5") << true << 5 << kLat5221 << ",52,21.4567";
-        QTest::newRow("lat mode 6") << true << 6 << kLat5221 << "";
-        QTest::newRow("greenwich is east") << false << 0 << 108000000 << "E,000,00.0000";
-        QTest::newRow("just west") << false << 0 << 107999999 << "W,000,00.0001";
-        QTest::newRow("date line east") << false << 0 << 215999999 << "E,179,59.9999";
-        QTest::newRow("date line") << false << 0 << 216000000 << "W,180,00.0000";
-        QTest::newRow("lon zero") << false << 0 << 0 << "W,180,00.0000";
-        QTest::newRow("lon mode 0") << false << 0 << kLon0453 << "E,004,53.1234";
-        QTest::newRow("lon mode 2") << false << 2 << kLon0453 << ",004";
-        QTest::newRow("lon mode 5") << false << 5 << kLon0453 << ",004,53.1234";
-        QTest::newRow("west mode 0") << false << 0 << 108000000 - 74 * 600000 - 5000 << "W,074,00.5000";
+        for (const QStringList& f : Table(QStringLiteral("coordinate-texts.txt"), 5))
+            QTest::newRow(qPrintable(f[0])) << (f[1] == QLatin1String("latitude")) << f[2].toInt() << f[3].toInt() << f[4];
     }
     void coordinateTexts()
     {
@@ -242,67 +253,21 @@ private slots:
     }
     void encode_data()
     {
-        QTest::addColumn<clsSimRecordFields>("fields");
+        QTest::addColumn<QString>("fields");
         QTest::addColumn<QByteArray>("expected");
-
-        clsSimRecordFields lcTrip;
-        lcTrip.RecordType = 2;
-        lcTrip.Date = QDate(2007, 3, 5);
-        lcTrip.StartTime = QTime(7, 5, 40);
-        lcTrip.StopTime = QTime(8, 10, 2);
-        lcTrip.Latitude = 52.0;
-        lcTrip.Longitude = 4.5;
-        lcTrip.TripType = 2;
-        lcTrip.Direction = 90;
-        lcTrip.KmCounter = 123456;
-        QTest::newRow("trip") << lcTrip
-                              << QByteArray("b4 38 41 41 65 0e 80 0c 14 05 e0 25 99 06 02 2d ff 02 40 e2 01 00 00 00");
-
-        clsSimRecordFields lcRadar;
-        lcRadar.RecordType = 3;
-        lcRadar.Date = QDate(2024, 2, 29);
-        lcRadar.StopTime = QTime(12, 0, 0);
-        lcRadar.Latitude = -33.5;
-        lcRadar.Longitude = -70.25;
-        lcRadar.Direction = 270;
-        lcRadar.Speed = 98;
-        lcRadar.FrequencyBand = 1;
-        lcRadar.FrequencyOffset = 140;
-        lcRadar.Amplitude = 200;
-        QTest::newRow("radar, south and west")
-            << lcRadar << QByteArray("ff ff 00 60 5d 30 e0 45 05 02 90 ca ec 03 01 87 62 03 8c 00 01 c8 ff ff");
-
-        clsSimRecordFields lcCorrection = lcRadar;
-        lcCorrection.RecordType = 8;
-        lcCorrection.Latitude = 52.0;
-        lcCorrection.Longitude = 4.5;
-        lcCorrection.PreviousKm = 0x01234567;
-        lcCorrection.KmCounter = 100000;
-        QTest::newRow("km correction keeps the old counter in 16, 15, 1, 0")
-            << lcCorrection << QByteArray("67 45 00 60 5d 30 80 0c 14 05 e0 25 99 06 01 23 01 08 a0 86 01 00 00 00");
-
-        clsSimRecordFields lcBlind = lcTrip;
-        lcBlind.HasFix = false;
-        lcBlind.TripType = 3;
-        lcBlind.DriveTimeMarker = true;
-        lcBlind.DriveTime = QTime(1, 25, 8);
-        QTest::newRow("trip without fix carries its drive time")
-            << lcBlind << QByteArray("24 0b 00 f8 00 00 00 00 00 00 00 00 00 00 03 00 ff 02 40 e2 01 00 00 00");
-
-        clsSimRecordFields lcTank;
-        lcTank.RecordType = 7;
-        lcTank.HasFix = false;
-        lcTank.TripType = 4;
-        lcTank.KmCounter = 100000;
-        lcTank.TankReceipt = 0xBEEF;
-        QTest::newRow("tank stop without fix")
-            << lcTank << QByteArray("ff ff ff ff 00 00 00 00 00 00 00 00 00 00 04 00 ff 07 a0 86 01 00 ef be");
+        for (const QStringList& f : Table(QStringLiteral("sim-records.txt"), 3))
+            QTest::newRow(qPrintable(f[0])) << f[1] << f[2].toLatin1();
     }
     void encode()
     {
-        QFETCH(clsSimRecordFields, fields);
+        QFETCH(QString, fields);
         QFETCH(QByteArray, expected);
-        QCOMPARE(Hex(clsSimRecordEncoder::Encode(fields)), expected);
+        clsSimRecordFields lcFields;
+        for (const QString& lsField : fields.split(QLatin1Char(' '))) {
+            QVERIFY2(kFieldSetters.contains(lsField.section(QLatin1Char('='), 0, 0)), qPrintable(lsField));
+            kFieldSetters[lsField.section(QLatin1Char('='), 0, 0)](lcFields, lsField.section(QLatin1Char('='), 1));
+        }
+        QCOMPARE(Hex(clsSimRecordEncoder::Encode(lcFields)), expected);
     }
     void writeLogFillsPagesAfterTheFirst()
     {

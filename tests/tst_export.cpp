@@ -141,7 +141,7 @@ private slots:
         QFile lcGolden(kGolden + c.golden);
         // CORVANE_UPDATE_GOLDEN=1 rewrites the golden files after a deliberate change; review the diff.
         if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN"))
-            QVERIFY(lcGolden.open(QIODevice::WriteOnly) && lcGolden.write(Comparable(lsFile, c.format)) > 0);
+            QVERIFY(lcGolden.open(QIODevice::WriteOnly) && lcGolden.write(Comparable(lsFile, c.format)) > 0 && lcGolden.flush());
         QCOMPARE(Comparable(lsFile, c.format), ReadAll(kGolden + c.golden));
         if (!c.status.isEmpty())
             QCOMPARE(a.window.LastStatus(), c.status);
