@@ -379,6 +379,14 @@ private slots:
         }
         QCOMPARE(lcShown, lcExpected);
         QVERIFY(types.isEmpty() || !lcExpected.isEmpty());
+        // The widths come from a sample of the rows, which holds the header, the first and the last row.
+        auto* lcGrid = w.Find<QTableView>(QStringLiteral("flexGrid"));
+        for (int c = 0; c < lcModel->columnCount(); ++c) {
+            QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->horizontalHeader()->fontMetrics().horizontalAdvance(
+                                                    lcModel->headerData(c, Qt::Horizontal).toString()));
+            for (const QString& lsRow : {lcShown.value(0), lcShown.value(lcShown.size() - 1)})
+                QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->fontMetrics().horizontalAdvance(lsRow.section('\t', c, c)));
+        }
     }
     void placeholders_data()
     {
