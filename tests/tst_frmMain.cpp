@@ -289,14 +289,12 @@ private slots:
     {
         QTest::addColumn<QStringList>("boxes");
         QTest::addColumn<QList<int>>("types");
-        QTest::newRow("all cleared: header only") << QStringList{} << QList<int>{};
-        QTest::newRow("Route log") << QStringList{"cheRitRegistratie"} << QList<int>{2};
-        QTest::newRow("PoliceCheck: radar and spot") << QStringList{"chePoliceCheck"} << QList<int>{3, 4};
-        QTest::newRow("Tank stop and PoliceCheck TC") << QStringList{"cheRitRegistratieTankstop", "chePoliceCheckTc"}
-                                                      << QList<int>{7, 5};
-        QTest::newRow("DBG route") << QStringList{"cheDebugRoute"} << QList<int>{6};
-        QTest::newRow("DBG kmCo") << QStringList{"cheDebugKmCorrection"} << QList<int>{8};
-        QTest::newRow("every box") << kGridBoxes << QList<int>{2, 3, 4, 5, 6, 7, 8};
+        for (const QStringList& f : DataTable(QStringLiteral("frmMain-grid.txt"), 3)) {
+            QList<int> lcTypes;
+            for (const QString& lsType : f[2].split(QLatin1Char(' '), Qt::SkipEmptyParts))
+                lcTypes << lsType.toInt();
+            QTest::newRow(qPrintable(f[0])) << f[1].split(QLatin1Char(' '), Qt::SkipEmptyParts) << lcTypes;
+        }
     }
     // The rows are the valid records of the ticked kinds in record order, each once.
     void gridFilter()
