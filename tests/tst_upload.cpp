@@ -279,6 +279,8 @@ private slots:
         }
         clsError lcError = UploadTicked(r, c.software);
         QCOMPARE(lcError.Error(), c.error);
+        if (c.error == 0x2000000A)
+            QCOMPARE(lcError.Description(), QStringLiteral("Unable to find '%1file.UFL'").arg(r.t.Home()));
         QByteArray lcExpected;
         for (const int llIndex : c.sent) {
             const QByteArray lcFile = lcFiles[llIndex];
