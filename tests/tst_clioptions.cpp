@@ -11,15 +11,6 @@
 #include <QTest>
 
 using Sample = clsProgressLine::Sample;
-Q_DECLARE_METATYPE(Sample)
-
-namespace {
-Sample Bar(const QString& vsWhat, qint32 vlMin, qint32 vlMax, qint32 vlPosition, quint32 vlNow, quint64 vlBytes, int vlWidth = 100)
-{
-    return Sample{vsWhat, true, vlMin, vlMax, vlPosition, vlNow, vlBytes, vlWidth};
-}
-}
-
 class tst_clioptions : public QObject
 {
     Q_OBJECT
@@ -72,47 +63,27 @@ private slots:
         QCOMPARE(lsOutcome, outcome);
     }
 
-    // Each row: the run starts with the first sample, the line is that of the
-    // second; the last row's run starts anew, so the erase after a download
-    // does not inherit the download's start.
     void progressLine_data()
     {
-        QTest::addColumn<QList<Sample>>("samples");
+        QTest::addColumn<QString>("samples");
         QTest::addColumn<QString>("line");
-        QTest::newRow("download: a quarter of the pages in 10 s at 5.76 kB/s")
-            << QList<Sample>{Bar("Copying data", 0, 64, 0, 1000, 0), Bar("12% of page 16 and 25% of total of pages", 0, 64, 16, 11000, 57600, 120)}
-            << "12% of page 16 and 25% of total of pages  [#####...............]  25%  page 16 of 64  5.8 kB/s  0:30 left";
-        QTest::newRow("firmware lines, slow line, over an hour left")
-            << QList<Sample>{Bar("Sending line", 0, 40000, 0, 0, 0), Bar("Sending line 100", 0, 40000, 100, 10000, 4000)}
-            << "Sending line 100  [....................]   0%  line 100 of 40000  400 B/s  1:06:30 left";
-        QTest::newRow("a text without a unit keeps the run's unit")
-            << QList<Sample>{Bar("0% of page 1 and 1% of total of pages", 0, 64, 1, 0, 0), Bar("Copied 7% of total", 0, 64, 6, 500, 3000)}
-            << "Copied 7% of total  [#...................]   9%  page 6 of 64";
-        QTest::newRow("first second: no rate, no estimate yet")
-            << QList<Sample>{Bar("Erasing page 1", 0, 63, 0, 0, 0), Bar("Erasing page 1", 0, 63, 1, 500, 30)}
-            << "Erasing page 1  [....................]   1%  page 1 of 63";
-        QTest::newRow("decoding: no bytes on the line, no unit")
-            << QList<Sample>{Bar("Decoding", 1, 11, 1, 0, 0), Bar("Decoding", 1, 11, 6, 2000, 0)}
-            << "Decoding  [##########..........]  50%  5 of 10  0:02 left";
-        QTest::newRow("narrow terminal: the text gives way to the numbers")
-            << QList<Sample>{Bar("Copying data from the KVT Memory Display", 0, 10, 0, 0, 0),
-                             Bar("Copying data from the KVT Memory Display", 0, 10, 5, 5000, 5000, 66)}
-            << QString::fromUtf8("Copyi…  [##########..........]  50%  5 of 10  1.0 kB/s  0:05 left");
-        QTest::newRow("a new run restarts the estimate")
-            << QList<Sample>{Bar("Copying", 0, 64, 0, 0, 0), Bar("Copying", 0, 64, 64, 60000, 600000),
-                             Bar("Erasing page 1", 0, 63, 0, 60000, 600000), Bar("Erasing page 1", 0, 63, 21, 62000, 600100)}
-            << "Erasing page 1  [######..............]  33%  page 21 of 63  50 B/s  0:04 left";
+        for (const QStringList& r : TableRows(QStringLiteral("progress-lines.txt")))
+            QTest::newRow(qPrintable(r[0])) << r[1] << r[2];
     }
     void progressLine()
     {
-        QFETCH(QList<Sample>, samples);
+        QFETCH(QString, samples);
         QFETCH(QString, line);
         clsProgressLine lcLine;
         QString lsLine;
-        for (const Sample& lcSample : samples)
-            lsLine = lcLine.Text(lcSample);
+        int llWidth = 0;
+        for (const QString& lsSample : samples.split(QStringLiteral(" / "))) {
+            const QStringList f = lsSample.split(QLatin1Char(';'));
+            llWidth = f[6].toInt();
+            lsLine = lcLine.Text(Sample{f[0], true, f[1].toInt(), f[2].toInt(), f[3].toInt(), f[4].toUInt(), f[5].toULongLong(), llWidth});
+        }
         QCOMPARE(lsLine, line);
-        QVERIFY(lsLine.size() < samples.last().Width);
+        QVERIFY(lsLine.size() < llWidth);
     }
 
     void portList_data()
