@@ -42,6 +42,8 @@ int clsCliCommands::Run()
         return Decode();
     case clsCliOptions::Command::Id:
         return Id();
+    case clsCliOptions::Command::Detect:
+        return Detect();
     case clsCliOptions::Command::UploadDb:
         return Upload(false);
     case clsCliOptions::Command::UploadSoftware:
@@ -124,6 +126,32 @@ int clsCliCommands::Id()
     if (llExit == kExitOk)
         WriteOut(lsId + QLatin1Char('\n'));
     return llExit;
+}
+
+// One round of the window's once-a-second probe. It runs outside an operation,
+// as the window's timer does (an operation switches the probe off); the timer
+// itself is stopped so that it cannot tick into the round's own waits.
+int clsCliCommands::Detect()
+{
+    mcApplication.StopAutoDetection();
+    const clsApplication::Detection lcFound = mcApplication.PerformAutoDetect();
+    mcWindow.Finish();
+    switch (lcFound) {
+    case clsApplication::Detection::Greeted:
+        WriteOut(QStringLiteral("Display detected: greeted with \"Connected to\" and \"%1\"\n")
+                     .arg(mcApplication.ApplicationName()));
+        return kExitOk;
+    case clsApplication::Detection::Present:
+        WriteOut(QStringLiteral("Display present: greeted before, it is greeted again once plugged in anew\n"));
+        return kExitOk;
+    case clsApplication::Detection::NoAnswer:
+        mcWindow.PrintLine(QStringLiteral("corvane: no display answers"));
+        return kExitError;
+    case clsApplication::Detection::NotRun:
+        break;
+    }
+    mcWindow.PrintLine(QStringLiteral("corvane: the probe did not run"));
+    return kExitError;
 }
 
 void clsCliCommands::ChooseUploadFiles()

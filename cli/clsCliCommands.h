@@ -29,6 +29,7 @@ private:
     int Erase();
     int Decode();
     int Id();
+    int Detect();
     int Upload(bool vbSoftware);
     int UpdateFirmware();
 

@@ -85,6 +85,8 @@ QString clsCliOptions::CommandName(Command vCommand)
         return QStringLiteral("decode");
     case Command::Id:
         return QStringLiteral("id");
+    case Command::Detect:
+        return QStringLiteral("detect");
     case Command::UploadDb:
         return QStringLiteral("upload-db");
     case Command::UploadSoftware:
@@ -113,6 +115,7 @@ QString clsCliOptions::ProgramHelp()
                "  erase      erase the logged data in the display\n"
                "  decode     decode page files saved earlier (--geometry FIRST,LAST,SIZELOG2 DIR)\n"
                "  id         show the display's ID\n"
+               "  detect     probe the port once for a display, greeting one just plugged in\n"
                "  upload-db  load warning databases into the display (--ssl --sfl --usl --ufl)\n"
                "  upload-software  load the display's software (--kvt --kvt-sa --kvt-snd)\n"
                "  update-firmware  update the Memory Display's firmware (--kvt-md)\n"
@@ -150,6 +153,13 @@ QString clsCliOptions::CommandHelp(Command vCommand)
     case Command::Id:
         return QStringLiteral("Usage: corvane id [OPTIONS]\n"
                               "Shows the ID of the connected display.\n\n")
+            + kCommonHelp;
+    case Command::Detect:
+        return QStringLiteral("Usage: corvane detect [OPTIONS]\n"
+                              "Asks the port once, as the window does every second, whether a display is\n"
+                              "there. A display that was plugged in since it was last asked is greeted as\n"
+                              "the window greets it: low-current mode, \"Connected to\" and the program's\n"
+                              "name on its screen. Exit status 1 when no display answers.\n\n")
             + kCommonHelp;
     case Command::UploadDb:
         return QStringLiteral("Usage: corvane upload-db [--ssl F] [--sfl F] [--usl F] [--ufl F] [--verify] [OPTIONS]\n"
@@ -249,7 +259,7 @@ clsCliOptions::Outcome clsCliOptions::Parse(const QStringList& vcArguments)
             lcGiven.append({lsName, lsValue});
         } else if (mCommand == Command::None) {
             for (Command lcCommand : {Command::Download, Command::Erase, Command::Decode, Command::Id,
-                                      Command::UploadDb, Command::UploadSoftware, Command::UpdateFirmware,
+                                      Command::Detect, Command::UploadDb, Command::UploadSoftware, Command::UpdateFirmware,
                                       Command::Ports}) {
                 if (CommandName(lcCommand) == lsArgument)
                     mCommand = lcCommand;

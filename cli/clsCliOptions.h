@@ -16,7 +16,7 @@
 class clsCliOptions
 {
 public:
-    enum class Command { None, Download, Erase, Decode, Id, UploadDb, UploadSoftware, UpdateFirmware, Ports };
+    enum class Command { None, Download, Erase, Decode, Id, Detect, UploadDb, UploadSoftware, UpdateFirmware, Ports };
     enum class Answer { Ask, Yes, No };
     enum class Outcome { Run, Help, Version, BadUsage };
 

@@ -11,6 +11,8 @@ clsBuiltInSimulator::clsBuiltInSimulator(IEventLoop& rcLoop)
     , mcPort(std::make_unique<clsSimSerialPort>(*mcDisplay, rcLoop, clsSimSerialPort::QtTimerScheduler(&mcTimers)))
 {
     FillDisplay();
+    // Plugged in as the program starts: the first probe greets it.
+    mcDisplay->SetJustConnected(true);
 }
 
 clsBuiltInSimulator::~clsBuiltInSimulator() = default;

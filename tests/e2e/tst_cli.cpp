@@ -44,7 +44,7 @@ private slots:
     {
         const clsRun lcRun = Corvane({"--help"});
         QCOMPARE(lcRun.exitCode, 0);
-        for (const char* lsCommand : {"download", "erase", "decode", "id", "upload-db", "upload-software", "update-firmware"}) {
+        for (const char* lsCommand : {"download", "erase", "decode", "id", "detect", "upload-db", "upload-software", "update-firmware"}) {
             QVERIFY2(lcRun.out.contains(QStringLiteral("\n  %1 ").arg(lsCommand)), lsCommand);
             const clsRun lcCommand = Corvane({lsCommand, "--help"});
             QCOMPARE(lcCommand.exitCode, 0);
@@ -127,6 +127,19 @@ private slots:
         QCOMPARE(lcRun.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts), lcExpected);
     }
 
+    // Every page size a display can report decodes; a page smaller than a
+    // record (1 and 16 bytes) holds none, and its file is read all the same.
+    void decodeOfPagesSmallerThanARecord()
+    {
+        for (const char* lsSizeLog2 : {"0", "4"}) {
+            QTemporaryDir lcDir;
+            QVERIFY(WritePageFile(lcDir.filePath(QStringLiteral("Page1.DSW")), ReadAll(kGolden + "flash.img").mid(kPageSize, 16)));
+            const clsRun lcRun = Corvane({"decode", "--geometry", QStringLiteral("0,1,") + lsSizeLog2, "--print", lcDir.path()});
+            QVERIFY2(lcRun.exitCode == 0 && lcRun.err.contains("Copied 0 record(s) from KVT Memory Display"), qPrintable(lcRun.err));
+            QCOMPARE(lcRun.out.count(QLatin1Char('\n')), 1);
+        }
+    }
+
     // A PDF is drawn without a display, and a quiet run prints nothing at all on stderr.
     void quietDecodeToPdf()
     {
@@ -182,6 +195,39 @@ private slots:
         QVERIFY(ReadAll(lsIni).contains("Com=1\r\n") && ReadAll(lsIni).contains("Port=/dev/ttyUSB7\r\n"));
         QCOMPARE(Corvane({"id", "--simulate", "--port", "3", "--home", lcHome.path()}).exitCode, 0);
         QVERIFY(ReadAll(lsIni).contains("Com=3\r\n") && ReadAll(lsIni).contains("Port=\r\n"));
+    }
+
+    // One round of the window's probe: the status line and greeting for a display
+    // that says it was just plugged in, nothing for one that was greeted before.
+    void detect_data()
+    {
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err");
+        QTest::newRow("just plugged in") << "--simulate" << 0
+                                         << "Display detected: greeted with \"Connected to\" and \"Corvane Desktop\"\n" << "Display Detected (";
+        QTest::newRow("greeted before") << "pty" << 0 << "Display present: greeted before, it is greeted again once plugged in anew\n" << "";
+        QTest::newRow("nothing on the port") << "/dev/nonexistent-kvt" << 1 << "" << "corvane: no display answers\n";
+    }
+    void detect()
+    {
+        QFETCH(QString, port);
+        QFETCH(int, exitCode);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        SimProcess lcSim;
+        QStringList lcArguments = {"detect", "-v", "--home", lcSim.File(QStringLiteral("home"))};
+        if (port == QLatin1String("pty")) {
+            QVERIFY(lcSim.Start(kDisplay));
+            lcArguments << "--port" << lcSim.Link();
+        } else {
+            lcArguments << (port.startsWith(QLatin1Char('/')) ? QStringList{"--port", port} : QStringList{port});
+        }
+        const clsRun lcRun = Corvane(lcArguments);
+        QCOMPARE(lcRun.exitCode, exitCode);
+        QCOMPARE(lcRun.out, out);
+        QVERIFY2(lcRun.err.contains(err), qPrintable(lcRun.err));
     }
 
     // Two databases from the first page of the database area on, each on fresh
