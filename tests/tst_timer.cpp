@@ -56,6 +56,8 @@ private slots:
                     lcClock.Advance(quint32(llValue));
                 else if (lsVerb == QLatin1String("limit"))
                     lcClock.LimitTimers(llValue);
+                else if (lsVerb == QLatin1String("noloop"))
+                    clsDTimer::UseEventLoop(nullptr);
                 else if (lsVerb == QLatin1String("retime"))
                     connect(&lcTimer, &clsDTimer::Tick, this, [&]() {
                         lcTimer.SetInterval(100000);
