@@ -1,6 +1,6 @@
-// The simulated display's side of the protocol: what it answers, how its
-// faults behave on its serial line, and the simulator's command line. (Its
-// bootloader and its pace are met by the firmware and link tests.)
+// The simulated display's side of the protocol: what it answers, and the
+// simulator's command line. (Its bootloader, its pace and its late and pulled
+// line are met by the firmware, link and reliability tests.)
 
 #include "TestFiles.h"
 #include "link/clsHalvexMsg.h"
@@ -8,7 +8,6 @@
 #include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimOptions.h"
-#include "sim/clsSimSerialPort.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -81,8 +80,8 @@ private slots:
         QCOMPARE(lcDisplay.InBootloader(), answer == clsSimDisplay::Frame(0x01, 0x66, 0xD9, Hex("01")));
     }
 
-    // Writes, screen text and the plugged-in flag; erase, reads and low current
-    // are met by the download and erase tests.
+    // Writes and the plugged-in flag; erase, reads, low current and the screen
+    // are met by the download, erase and greeting tests.
     void stateChanges()
     {
         clsSimDisplay lcDisplay;
@@ -92,8 +91,6 @@ private slots:
         // Written again without an erase: only the bits that both writes cleared stay cleared.
         Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 0F F0 CC")));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
-        Answer(lcDisplay, Request(0x0F, Hex("0B 28 00 01") + "Hi"));
-        QCOMPARE(lcDisplay.ScreenText(), QStringList{QStringLiteral("Hi")});
         lcDisplay.SetJustConnected(true);
         Answer(lcDisplay, Request(0xD0));
         QCOMPARE(Answer(lcDisplay, Request(0xD0)), clsSimDisplay::Frame(1, 0x66, 0xD0, Hex("00")));
@@ -101,39 +98,8 @@ private slots:
         const QByteArray lcZero = Request(0x60);
         QCOMPARE(quint8(lcZero.back()), quint8(0));
         lcDisplay.Receive(lcZero + Request(0x36) + lcZero);
-        QCOMPARE(lcDisplay.Stats().requests, 8);
+        QCOMPARE(lcDisplay.Stats().requests, 7);
         QCOMPARE(lcDisplay.Stats().badRequests, 0);
-    }
-
-    // A late display is busy: the retry sent meanwhile is lost, and the late
-    // answer comes once. A pulled cable takes nothing and gives nothing.
-    void lateAnswerAndPulledCable()
-    {
-        VirtualClock lcClock;
-        clsSimDisplay lcDisplay;
-        clsSimSerialPort lcPort(lcDisplay, lcClock);
-        int llAnswers = 0;
-        lcPort.SetOnComm([&]() { llAnswers += lcPort.Input().size() > 0; });
-        lcPort.SetPortOpen(true);
-        lcDisplay.Faults().LateNext = 1;
-        lcPort.Output(Request(0x36));
-        lcClock.Advance(1000);
-        QCOMPARE(llAnswers, 0);
-        lcPort.Output(Request(0x36));
-        lcClock.Advance(1000);
-        QCOMPARE(llAnswers, 1);
-        QCOMPARE(lcDisplay.Stats().requests, 1);
-        QCOMPARE(lcPort.BytesLost(), qint64(7));
-
-        lcPort.SetCableConnected(false);
-        lcPort.Output(Request(0x36));
-        lcClock.Advance(100);
-        QCOMPARE(lcDisplay.Stats().requests, 1);
-        QVERIFY(lcPort.Input().isEmpty());
-        lcPort.SetPortOpen(false);
-        QVERIFY(!lcPort.SetPortOpen(true));
-        lcPort.SetCableConnected(true);
-        QVERIFY(lcPort.SetPortOpen(true));
     }
 
     // The simulator's command line.
