@@ -65,7 +65,7 @@ private slots:
         }
         QVERIFY(!t.app->IsInitialised());
         QCOMPARE(lcPort.written, QList<QByteArray>({kGoodbye}));
-        QCOMPARE(t.LogLines().mid(2), QStringList({"Logging stopped", ""}));
+        QCOMPARE(t.LogLines(), QStringList({"K.V.T. Download Software 1.0.0", "Logging started", "Logging stopped", ""}));
         QVERIFY(QFile::exists(t.Home() + QStringLiteral("kvtDsw.ini")));
         QCOMPARE(t.window.calls.count(QStringLiteral("GiveUpWork")), 1);
     }
