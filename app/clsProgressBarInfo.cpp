@@ -35,11 +35,15 @@ void clsProgressBarInfo::SetPosition(qint32 vlPosition)
     Recompute();
 }
 
+// A step of the record pipeline's bars is one record of some 700,000: the
+// percentage is worked out again only when the step may have changed it.
 void clsProgressBarInfo::Increment()
 {
     mlPosition += mlStepSize;
     if (mlPosition > mlMax)
         mlPosition = mlMax;
+    if (mlPosition >= mlSamePercentageFrom && mlPosition < mlSamePercentageBelow)
+        return;
     Recompute();
 }
 
@@ -56,11 +60,24 @@ void clsProgressBarInfo::SetVisible(bool vbVisible)
 void clsProgressBarInfo::Recompute()
 {
     qint32 llPercentage = 0;
+    const double ldSpan = double(mlMax) - double(mlMin);
     if (mlMax != mlMin)
-        llPercentage = qint32(std::nearbyint(double(mlPosition) * 100.0 / (double(mlMax) - double(mlMin))));
+        llPercentage = qint32(std::nearbyint(double(mlPosition) * 100.0 / ldSpan));
+    NoteSamePercentage(llPercentage, ldSpan);
     if (llPercentage == mlPercentage)
         return;
     mlPercentage = llPercentage;
     if (mbVisible)
         emit DataChanged();
+}
+
+// From this position on, up to a hundredth of a per cent short of the next
+// half per cent, every position rounds to the same percentage (the
+// hundredth covers the rounding of this bound itself).
+void clsProgressBarInfo::NoteSamePercentage(qint32 vlPercentage, double vdSpan)
+{
+    mlSamePercentageFrom = mlPosition;
+    mlSamePercentageBelow = mlPosition;
+    if (vdSpan > 0)
+        mlSamePercentageBelow = qint64(std::floor((vlPercentage + 0.49) * vdSpan / 100.0));
 }

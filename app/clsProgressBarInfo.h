@@ -30,6 +30,7 @@ signals:
 
 private:
     void Recompute();
+    void NoteSamePercentage(qint32 vlPercentage, double vdSpan);
 
     qint32 mlMin = 0;
     qint32 mlMax = 10;
@@ -37,4 +38,7 @@ private:
     qint32 mlStepSize = 1;
     bool mbVisible = false;
     qint32 mlPercentage = 0;
+    // Positions in [From, Below) show the percentage of the last recompute.
+    qint64 mlSamePercentageFrom = 0;
+    qint64 mlSamePercentageBelow = 0;
 };

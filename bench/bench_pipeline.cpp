@@ -22,6 +22,7 @@
 #include "platform/IMainWindow.h"
 #include "platform/QtEventLoop.h"
 #include "sim/clsSimDataGenerator.h"
+#include "ui/clsRecordTableModel.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,7 +30,9 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <sys/resource.h>
 
 namespace {
@@ -111,12 +114,15 @@ public:
     int min = 0, max = 100, value = 0;
 };
 
-// Counts what a grid would hold: on each change it reads every shown row, as
-// a window that draws them all would.
-class CountingWindow : public IMainWindow
+// Does on each change what the main window does on a refill, through the
+// window's own table model: finds the shown rows, reads the texts its column
+// widths are taken from, and the cells of one screen of rows (a window of
+// 1280 by 800 shows about 25).
+class RefillingWindow : public IMainWindow
 {
 public:
-    explicit CountingWindow(clsApplication*& rcApp) : mrApp(rcApp) {}
+    static constexpr int kScreenRows = 40;
+
     void SetStatusLine(const QString& vsText) override { status = vsText.trimmed(); }
     IProgressBar& ProgressBar(Bar) override { return bar; }
     void EnableButtons(bool) override {}
@@ -124,15 +130,13 @@ public:
     void ClearGrid() override {}
     void RecordsChanged() override
     {
-        rows = characters = 0;
-        const clsRecordSelection& rcSelection = mrApp->Selection();
-        for (int i = 1; i <= mrApp->Records().Count(); ++i) {
-            const clsHalvexRecord& rcRecord = mrApp->Records().Item(i);
-            if (!rcSelection.Admits(rcRecord))
-                continue;
-            ++rows;
-            characters += rcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), rcSelection.cheShowRoute).size();
-        }
+        model->Reload();
+        characters = 0;
+        for (const QString& lsText : model->LongestTexts())
+            characters += lsText.size();
+        for (int llRow = 0; llRow < std::min(kScreenRows, model->rowCount()); ++llRow)
+            for (int c = 0; c < model->columnCount(); ++c)
+                characters += model->data(model->index(llRow, c), Qt::DisplayRole).toString().size();
     }
     void RecordsCleared() override {}
     void AutoSizeTheColumns() override {}
@@ -143,11 +147,8 @@ public:
 
     NullBar bar;
     QString status;
-    qint64 rows = 0;
+    std::unique_ptr<clsRecordTableModel> model;
     qint64 characters = 0;
-
-private:
-    clsApplication*& mrApp;
 };
 
 // The high-water mark of this process's resident memory. ru_maxrss would
@@ -178,8 +179,7 @@ int Run(const Options& vcOptions)
 {
     QtEventLoop lcLoop;
     FakeUserDialogs lcDialogs;
-    clsApplication* lcAppOfWindow = nullptr;
-    CountingWindow lcWindow(lcAppOfWindow);
+    RefillingWindow lcWindow;
     clsPlatform lcPlatform;
     lcPlatform.EventLoop = &lcLoop;
     lcPlatform.Dialogs = &lcDialogs;
@@ -187,7 +187,7 @@ int Run(const Options& vcOptions)
     lcPlatform.HomeDir = vcOptions.run;
     lcPlatform.PlacesFile = QStringLiteral(CORVANE_SHARED_DATA "/world-cities.gps");
     clsApplication lcApp(lcPlatform);
-    lcAppOfWindow = &lcApp;
+    lcWindow.model = std::make_unique<clsRecordTableModel>(lcApp.Records(), lcApp.Selection());
     QElapsedTimer lcStartUp;
     lcStartUp.start();
     lcApp.Init();
@@ -210,8 +210,8 @@ int Run(const Options& vcOptions)
         std::fprintf(stderr, "error: %s\n", qPrintable(lcError.Description()));
         return 1;
     }
-    std::printf("pages: %d of %d bytes; records: %d; grid rows: %lld (%lld characters)\n", vcOptions.pages,
-                1 << vcOptions.sizeLog2, lcApp.Records().Count(), lcWindow.rows, lcWindow.characters);
+    std::printf("pages: %d of %d bytes; records: %d; grid rows: %d (%lld characters read)\n", vcOptions.pages,
+                1 << vcOptions.sizeLog2, lcApp.Records().Count(), lcWindow.model->RecordRows(), lcWindow.characters);
     std::printf("status: %s\n", qPrintable(lcWindow.status));
     std::printf("pipeline: %lld ms wall, %.2f s CPU; peak resident memory %.1f MB (%.1f MB before the pipeline)\n",
                 llMs, ldCpu, PeakMB(), ldBefore);

@@ -20,6 +20,8 @@
 namespace {
 // Milliseconds between two chances for the window to handle its events while decoding.
 constexpr quint32 kEventInterval = 10;
+// Records decoded between two looks at the clock: some 30 microseconds.
+constexpr quint32 kRecordsBetweenClockReads = 64;
 
 // Runs one step unless an earlier one failed. A run-time error inside the
 // step (a bad page file, an overflow) becomes the pending error, which the
@@ -72,6 +74,23 @@ public:
         const char* p = mcContent.constData() + mlPos;
         const char* lcEnd = mcContent.constData() + mcContent.size();
         ++mlLine;
+        // The download writes one to three digits and CR LF; any other line takes the careful road.
+        qint32 llValue = 0;
+        int n = 0;
+        for (; n < 3 && lcEnd - p > n && IsDigit(p[n]); ++n)
+            llValue = llValue * 10 + (p[n] - '0');
+        if (n > 0 && llValue <= 255 && lcEnd - p > n + 1 && p[n] == '\r' && p[n + 1] == '\n') {
+            mlPos += n + 2;
+            return quint8(llValue);
+        }
+        return Careful(p, lcEnd);
+    }
+
+private:
+    static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+    quint8 Careful(const char* p, const char* lcEnd)
+    {
         if (p == lcEnd)
             RaiseInFile(VbError::InputPastEndOfFile, msFile, mlLine);
         while (p != lcEnd && (*p == ' ' || *p == '\t'))
@@ -100,7 +119,6 @@ public:
         return quint8(llValue);
     }
 
-private:
     const QByteArray& mcContent;
     QString msFile;
     qsizetype mlPos = 0;
@@ -206,11 +224,13 @@ void clsApplication::DecodeDataFromFiles(clsError& rcError, const clsFlashMemInf
     const qint32 llPageSize = ToLong(ldPageSize);
 
     // The window stays responsive; asking it after every one of a display's
-    // 700000 records would cost more than the decoding.
+    // 700000 records would cost more than the decoding, and so would reading
+    // the clock after each.
     IEventLoop& rcLoop = *mcPlatform.EventLoop;
     quint32 llEventsRun = rcLoop.timeGetTime() - kEventInterval;
-    const auto lcRecordAdded = [&rcLoop, &llEventsRun]() {
-        if (rcLoop.timeGetTime() - llEventsRun < kEventInterval)
+    quint32 llAdded = 0;
+    const auto lcRecordAdded = [&rcLoop, &llEventsRun, &llAdded]() {
+        if (llAdded++ % kRecordsBetweenClockReads != 0 || rcLoop.timeGetTime() - llEventsRun < kEventInterval)
             return;
         rcLoop.DoEvents();
         llEventsRun = rcLoop.timeGetTime();
@@ -434,9 +454,11 @@ void clsApplication::CollectRoutes()
 
 // The grid shows every valid record that a ticked selection box belongs to;
 // the route column is filled while "Show route" is ticked. The window reads
-// the rows itself; here their places are looked up, inside the operation, so
-// an overflow of the search is reported like any other run-time error and
-// the window only ever reads remembered place texts.
+// the rows itself and a record looks its places up when first read, for
+// the rows a window draws or a file gets; here, inside the operation, the
+// shown rows are only checked for a search that would overflow, so that
+// error is reported like any other run-time error and never met while the
+// window draws.
 // The window refills the grid with it alone too, so like the route step it
 // keeps its run-time errors in the error value.
 void clsApplication::ShowRecords(clsError& rcError)
@@ -451,10 +473,8 @@ void clsApplication::FillGrid()
     ShowBar(rcBar, 1, mcRecords->Count() + 1);
     for (qint32 i = 1; i <= mcRecords->Count(); ++i) {
         const clsHalvexRecord& rcRecord = mcRecords->Item(i);
-        if (mcSelection.Admits(rcRecord)) {
-            rcRecord.Origin(true);
-            rcRecord.Destination(true);
-        }
+        if (mcSelection.Admits(rcRecord))
+            rcRecord.RaiseOnPlaceOverflow();
         rcBar.Increment();
     }
     rcBar.SetVisible(false);

@@ -232,6 +232,13 @@ QString clsGpsPlaces::searchPosition(qint32 vlLatitude, qint32 vlLongitude) cons
     return lcFound.found ? Text(lcFound.tag) : QString();
 }
 
+void clsGpsPlaces::RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const
+{
+    if (vlLatitude == 0 || vlLongitude == 0 || mlCount < 1)
+        return;
+    mcIndex.RaiseOnOverflow(vlLatitude, vlLongitude);
+}
+
 // Plain Euclidean distance on the encoded values, latitude and longitude
 // units taken as equal; a strictly smaller distance is needed to replace the
 // best, so the earlier line wins a tie.

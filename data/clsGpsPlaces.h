@@ -28,6 +28,8 @@ public:
     // The same answer by comparing every slot, the way the table has always been searched;
     // the reference the index is measured against.
     QString searchPositionLinear(qint32 vlLatitude, qint32 vlLongitude) const;
+    // Raises the overflow that searchPosition raises for the position, without searching.
+    void RaiseOnOverflow(qint32 vlLatitude, qint32 vlLongitude) const;
     // The number of lines loaded (N); the table has N + 1 slots, the last one empty.
     qint32 Count() const { return mlCount; }
     clsGpsPlace Place(qint32 vlSlot) const;

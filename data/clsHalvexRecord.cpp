@@ -303,6 +303,15 @@ QString clsHalvexRecord::Destination(bool vbZipCode) const
     return GPSLocation();
 }
 
+void clsHalvexRecord::RaiseOnPlaceOverflow() const
+{
+    if (!mbValidGps || !gcPlaces)
+        return;
+    gcPlaces->RaiseOnOverflow(mlStartLatitude, mlStartLongitude);
+    const qint32 llLatitude = lEndLatitude();
+    gcPlaces->RaiseOnOverflow(llLatitude, lEndLongitude());
+}
+
 QString clsHalvexRecord::TypeOfTrip() const
 {
     static const char* const kTexts[] = {"Private", "Business", "Commute", "Gasstop"};

@@ -75,6 +75,9 @@ public:
     QString DriveKm() const;
     QString Origin(bool vbZipCode) const;
     QString Destination(bool vbZipCode) const;
+    // Raises the overflow that the place searches of Origin(true) and
+    // Destination(true) would raise, without searching.
+    void RaiseOnPlaceOverflow() const;
     QString TypeOfTrip() const;
     QString Speed() const;
     QString TypeOfAlarm() const;

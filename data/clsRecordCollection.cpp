@@ -15,5 +15,5 @@ void clsRecordCollection::Remove(int vlIndex)
 
 void clsRecordCollection::Clear()
 {
-    std::vector<clsHalvexRecord>().swap(mcItems);
+    decltype(mcItems)().swap(mcItems);
 }

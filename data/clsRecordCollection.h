@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/clsHalvexRecord.h"
+#include "platform/LargeBlock.h"
 
 #include <vector>
 
@@ -24,5 +25,5 @@ public:
 private:
     // The records themselves, side by side: one allocation for a display
     // instead of one per record.
-    std::vector<clsHalvexRecord> mcItems;
+    std::vector<clsHalvexRecord, LargeBlock::Allocator<clsHalvexRecord>> mcItems;
 };

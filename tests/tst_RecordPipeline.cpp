@@ -1,3 +1,8 @@
+// From page files to finished records: the golden sets of tests/data, the
+// import from a simulated display, the km rescaling and the bad files.
+
+#include "support/PageFile.h"
+#include "support/TestFiles.h"
 #include "support/SimRig.h"
 #include "platform/Err.h"
 #include "sim/clsSimDataGenerator.h"
@@ -21,112 +26,34 @@ clsFlashMemInfo Geometry(int vlFirst, int vlLast, int vlSizeLog2)
     return lcInfo;
 }
 
-// A page file as the download writes it: one decimal byte a line, CR LF.
-QByteArray PageText(const QVector<Bytes>& vcRecords, int vlPageSize = 256)
+// A 256-byte page file holding the records, the rest erased.
+QByteArray PageText(const QVector<Bytes>& vcRecords)
 {
-    QByteArray lcPage(vlPageSize, char(0xFF));
+    QByteArray lcPage(256, char(0xFF));
     for (int i = 0; i < vcRecords.size(); ++i)
         std::copy(vcRecords[i].begin(), vcRecords[i].end(), lcPage.begin() + i * 24);
-    QByteArray lcText;
-    for (char c : lcPage)
-        lcText += QByteArray::number(quint8(c)) + "\r\n";
-    return lcText;
+    return PageFileText(lcPage);
 }
 
-// A trip, route point, tank stop or km correction with a fix and an end km.
-Bytes Record(int vlType, qint32 vlEndKm, qint32 vlPreviousKm = 0)
-{
-    Bytes b{};
-    b[17] = quint8(vlType);
-    b[4] = 0x65;
-    b[5] = 0x0E;
-    b[6] = 1;
-    b[10] = 1;
-    for (int i = 0; i < 4; ++i)
-        b[size_t(18 + i)] = quint8(vlEndKm >> (8 * i));
-    b[0] = quint8(vlPreviousKm);
-    b[1] = quint8(vlPreviousKm >> 8);
-    b[15] = quint8(vlPreviousKm >> 16);
-    b[16] = quint8(vlPreviousKm >> 24);
-    return b;
-}
-}
-
-class tst_RecordPipeline : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void golden_data();
-    void golden();
-    void importFromSimulatedDisplay();
-    void secondMemoryInfoUnansweredKeepsPageFiles();
-    void kmRescaling();
-    void emptyDisplay();
-    void malformedPageFileEndsTheImport_data();
-    void malformedPageFileEndsTheImport();
-    void farPlaceTableValueIsAnOverflowNotACrash();
-    void gridFollowsTheSelection_data();
-    void gridFollowsTheSelection();
-
-private:
-    static void WritePage(TestApp& rcApp, int vlPage, const QByteArray& vcText);
-};
-
-void tst_RecordPipeline::WritePage(TestApp& rcApp, int vlPage, const QByteArray& vcText)
+void WritePage(TestApp& rcApp, int vlPage, const QByteArray& vcText)
 {
     QFile lcFile(rcApp.Home() + QStringLiteral("Page%1.DSW").arg(vlPage));
-    QVERIFY(lcFile.open(QIODevice::WriteOnly));
-    lcFile.write(vcText);
+    QVERIFY(lcFile.open(QIODevice::WriteOnly) && lcFile.write(vcText) == vcText.size());
 }
 
-void tst_RecordPipeline::golden_data()
+// A trip, route point, tank stop or km correction with a fix, an end km and
+// the counter a km correction read before (bytes 0, 1, 15, 16).
+Bytes Record(int vlType, quint32 vlEndKm, quint32 vlPreviousKm = 0)
 {
-    QTest::addColumn<QString>("set");
-    const QDir lcData(QStringLiteral(CORVANE_TEST_DATA));
-    for (const QString& lsSet : lcData.entryList({QStringLiteral("pipeline-*")}, QDir::Dirs))
-        QTest::newRow(qPrintable(lsSet)) << lcData.filePath(lsSet);
+    Bytes b{quint8(vlPreviousKm), quint8(vlPreviousKm >> 8), 0, 0, 0x65, 0x0E, 1, 0, 0, 0, 1};
+    b[15] = quint8(vlPreviousKm >> 16);
+    b[16] = quint8(vlPreviousKm >> 24);
+    b[17] = quint8(vlType);
+    for (int i = 0; i < 4; ++i)
+        b[size_t(18 + i)] = quint8(vlEndKm >> (8 * i));
+    return b;
 }
 
-// Each set holds page files, the geometry they came from, perhaps its own
-// place table, and the lines the finished records must give (route included).
-void tst_RecordPipeline::golden()
-{
-    QFETCH(QString, set);
-    TestApp a(nullptr, false);
-    const QDir lcSet(set);
-    for (const QString& lsFile : lcSet.entryList({QStringLiteral("Page*.DSW"), QStringLiteral("postcode.gps")}))
-        QVERIFY(QFile::copy(lcSet.filePath(lsFile), a.Home() + lsFile));
-    a.app->Init();
-    QFile lcGeometry(lcSet.filePath(QStringLiteral("geometry.txt")));
-    QVERIFY(lcGeometry.open(QIODevice::ReadOnly));
-    const QList<QByteArray> lcNumbers = lcGeometry.readAll().simplified().split(' ');
-    QCOMPARE(lcNumbers.size(), 3);
-    clsError lcError;
-    a.app->DecodeAndProcess(lcError, Geometry(lcNumbers[0].toInt(), lcNumbers[1].toInt(), lcNumbers[2].toInt()));
-    QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
-
-    QFile lcExpected(lcSet.filePath(QStringLiteral("expected.txt")));
-    // CORVANE_UPDATE_GOLDEN=1 rewrites the expected lines after a deliberate change; review the diff.
-    if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN")) {
-        QVERIFY(lcExpected.open(QIODevice::WriteOnly));
-        for (int i = 1; i <= a.app->Records().Count(); ++i)
-            lcExpected.write(a.app->Records().Item(i).GetFullStringWithDelimiter(QStringLiteral("\t"), true).toUtf8() + '\n');
-        lcExpected.close();
-    }
-    QVERIFY(lcExpected.open(QIODevice::ReadOnly));
-    const QStringList lcLines = QString::fromUtf8(lcExpected.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(a.app->Records().Count(), lcLines.size());
-    for (int i = 1; i <= a.app->Records().Count(); ++i)
-        QCOMPARE(a.app->Records().Item(i).GetFullStringWithDelimiter(QStringLiteral("\t"), true), lcLines[i - 1]);
-    QVERIFY(QDir(a.Home()).entryList({QStringLiteral("Page*.DSW")}).isEmpty());
-    QCOMPARE(a.app->DataSaved(), false);
-    QVERIFY(a.dialogs.boxes.isEmpty());
-    QCOMPARE(a.window.LastStatus(),
-             QStringLiteral("Copied %1 record(s) from KVT Memory Display").arg(lcLines.size()));
-}
-
-namespace {
 // A display with six pages of generated logbook; returns the records written.
 int FillDisplay(SimRig& rcRig)
 {
@@ -142,193 +69,179 @@ QStringList PageFiles(const TestApp& vcApp)
 {
     return QDir(vcApp.Home()).entryList({QStringLiteral("Page*.DSW")});
 }
+
+QString Copied(int vlCount)
+{
+    return QStringLiteral("Copied %1 record(s) from KVT Memory Display").arg(vlCount);
+}
 }
 
-// The whole import: the check, the download, the memory map asked again,
-// then every processing step; the page files are gone afterwards.
-void tst_RecordPipeline::importFromSimulatedDisplay()
+class tst_RecordPipeline : public QObject
 {
-    SimRig r;
-    const int llWritten = FillDisplay(r);
-    QVERIFY(llWritten > 40);
-    clsError lcError;
-    r.app().ImportDataFromDisplay(lcError);
-    QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
-    QCOMPARE(r.app().Records().Count(), llWritten);
-    QCOMPARE(r.Funcs().last(), 0x36);
-    QVERIFY(PageFiles(r.t).isEmpty());
-    QCOMPARE(r.app().DataSaved(), false);
-    QCOMPARE(r.t.window.LastStatus(), QStringLiteral("Copied %1 record(s) from KVT Memory Display").arg(llWritten));
-    QVERIFY(!r.t.window.gridRows.isEmpty());
-}
+    Q_OBJECT
 
-// Decoding asks the display for its memory map once more; when it does not
-// answer, nothing is decoded and the page files wait for the next attempt.
-void tst_RecordPipeline::secondMemoryInfoUnansweredKeepsPageFiles()
-{
-    int llRequests = 0;
+private slots:
+    void golden_data()
     {
+        QTest::addColumn<QString>("set");
+        const QDir lcData(QStringLiteral(CORVANE_TEST_DATA));
+        for (const QString& lsSet : lcData.entryList({QStringLiteral("pipeline-*")}, QDir::Dirs))
+            QTest::newRow(qPrintable(lsSet)) << lcData.filePath(lsSet);
+    }
+    // Each set holds page files, the geometry they came from, perhaps its own
+    // place table, and the lines the finished records must give (route included).
+    void golden()
+    {
+        QFETCH(QString, set);
+        TestApp a(nullptr, false);
+        const QDir lcSet(set);
+        for (const QString& lsFile : lcSet.entryList({QStringLiteral("Page*.DSW"), QStringLiteral("postcode.gps")}))
+            QVERIFY(QFile::copy(lcSet.filePath(lsFile), a.Home() + lsFile));
+        a.app->Init();
+        QFile lcGeometry(lcSet.filePath(QStringLiteral("geometry.txt")));
+        QVERIFY(lcGeometry.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lcNumbers = lcGeometry.readAll().simplified().split(' ');
+        QCOMPARE(lcNumbers.size(), 3);
+        clsError lcError;
+        a.app->DecodeAndProcess(lcError, Geometry(lcNumbers[0].toInt(), lcNumbers[1].toInt(), lcNumbers[2].toInt()));
+        QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+        QStringList lcLines;
+        for (int i = 1; i <= a.app->Records().Count(); ++i)
+            lcLines << a.app->Records().Item(i).GetFullStringWithDelimiter(QStringLiteral("\t"), true);
+        QFile lcExpected(lcSet.filePath(QStringLiteral("expected.txt")));
+        // CORVANE_UPDATE_GOLDEN=1 rewrites the expected lines after a deliberate change; review the diff.
+        if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN"))
+            QVERIFY(lcExpected.open(QIODevice::WriteOnly) && lcExpected.write((lcLines.join('\n') + '\n').toUtf8()) > 0 && lcExpected.flush());
+        QCOMPARE(lcLines, QString::fromUtf8(ReadAll(lcExpected.fileName())).split(QLatin1Char('\n'), Qt::SkipEmptyParts));
+        QVERIFY(PageFiles(a).isEmpty());
+        QCOMPARE(a.app->DataSaved(), false);
+        QVERIFY(a.dialogs.boxes.isEmpty());
+        QCOMPARE(a.window.LastStatus(), Copied(lcLines.size()));
+    }
+
+    // The whole import: the check, the download, the memory map asked again,
+    // then every processing step; the page files are gone afterwards. When the
+    // second memory map is not answered, nothing is decoded and the page files
+    // wait for the next attempt.
+    void importFromSimulatedDisplay()
+    {
+        int llRequests = 0;
+        {
+            SimRig r;
+            const int llWritten = FillDisplay(r);
+            QVERIFY(llWritten > 40);
+            clsError lcError;
+            r.app().ImportDataFromDisplay(lcError);
+            QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+            QCOMPARE(r.app().Records().Count(), llWritten);
+            QCOMPARE(r.Funcs().last(), 0x36);
+            QVERIFY(PageFiles(r.t).isEmpty());
+            QCOMPARE(r.app().DataSaved(), false);
+            QCOMPARE(r.t.window.LastStatus(), Copied(llWritten));
+            QVERIFY(!r.t.window.gridRows.isEmpty());
+            llRequests = r.display.Stats().requests;
+        }
         SimRig r;
         FillDisplay(r);
+        r.display.Faults().SilentFromRequest = llRequests;
+        r.t.dialogs.answers.append(MsgResult::Cancel);
         clsError lcError;
         r.app().ImportDataFromDisplay(lcError);
-        llRequests = r.display.Stats().requests;
+        QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
+        QCOMPARE(r.app().Records().Count(), 0);
+        QCOMPARE(PageFiles(r.t).size(), 6);
+        QCOMPARE(r.app().DataSaved(), true);
     }
-    SimRig r;
-    FillDisplay(r);
-    r.display.Faults().SilentFromRequest = llRequests;
-    r.t.dialogs.answers.append(MsgResult::Cancel);
-    clsError lcError;
-    r.app().ImportDataFromDisplay(lcError);
-    QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-    QCOMPARE(r.app().Records().Count(), 0);
-    QCOMPARE(PageFiles(r.t).size(), 6);
-    QCOMPARE(r.app().DataSaved(), true);
-}
 
-// Between the anchor (1000) and a correction that says the counter read 1200
-// where the display now says 1100, readings are mapped from 1000..1200 onto
-// 1000..1100; a reading 10000 km or more beyond the anchor is left alone.
-void tst_RecordPipeline::kmRescaling()
-{
-    TestApp a;
-    WritePage(a, 1,
-              PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
-                        Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0), Record(2, 1400)}));
-    clsError lcError;
-    a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
-    QVERIFY(!lcError.IsError());
-    QVector<qint32> lcEnd;
-    QVector<qint32> lcStart;
-    for (int i = 1; i <= a.app->Records().Count(); ++i) {
-        lcEnd << a.app->Records().Item(i).lEndKmTeller();
-        lcStart << a.app->Records().Item(i).lStartKmTeller();
+    // Between the anchor (1000) and a correction that says the counter read 1200
+    // where the display now says 1100, readings are mapped from 1000..1200 onto
+    // 1000..1100; a reading 10000 km or more beyond the anchor is left alone.
+    void kmRescaling()
+    {
+        TestApp a;
+        WritePage(a, 1, PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
+                                  Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0), Record(2, 1400)}));
+        clsError lcError;
+        a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
+        QVERIFY(!lcError.IsError());
+        QVector<qint32> lcEnd, lcStart;
+        for (int i = 1; i <= a.app->Records().Count(); ++i) {
+            lcEnd << a.app->Records().Item(i).lEndKmTeller();
+            lcStart << a.app->Records().Item(i).lStartKmTeller();
+        }
+        QCOMPARE(lcEnd, (QVector<qint32>{1000, 1050, 1100, 1100, 11000, 1100, 1150, 1300, 1400}));
+        // Each trip starts where the one before (or the km correction) ended.
+        QCOMPARE(lcStart, (QVector<qint32>{0, 1000, 0, 1050, 1100, 1100, 1100, 1300, 1300}));
     }
-    QCOMPARE(lcEnd, (QVector<qint32>{1000, 1050, 1100, 1100, 11000, 1100, 1150, 1300, 1400}));
-    // Each trip starts where the one before (or the km correction) ended.
-    QCOMPARE(lcStart, (QVector<qint32>{0, 1000, 0, 1050, 1100, 1100, 1100, 1300, 1300}));
-}
 
-void tst_RecordPipeline::emptyDisplay()
-{
-    TestApp a;
-    clsError lcError;
-    a.app->DecodeDataFromFiles(lcError, Geometry(0, 10, 8));
-    QCOMPARE(a.app->Status().SmallProgressBarInfo().Max(), 11);
-    a.app->DecodeAndProcess(lcError, Geometry(0, 10, 8));
-    QVERIFY(!lcError.IsError());
-    QCOMPARE(a.app->Records().Count(), 0);
-    QCOMPARE(a.app->DataSaved(), true);
-    QCOMPARE(a.window.LastStatus(), QStringLiteral("Copied 0 record(s) from KVT Memory Display"));
-}
-
-void tst_RecordPipeline::malformedPageFileEndsTheImport_data()
-{
-    QTest::addColumn<QByteArray>("page2");
-    QTest::addColumn<QString>("description");
-    QTest::addColumn<int>("records");
-    const QByteArray lcGood = PageText({Record(2, 500), Record(2, 600)});
-    QTest::newRow("not a number") << QByteArray(lcGood).replace(0, 1, "abc") << "Type mismatch in %1, line 1" << 1;
-    QTest::newRow("value above 255") << QByteArray(lcGood).replace(0, 1, "256") << "Overflow in %1, line 1" << 1;
-    QTest::newRow("short file") << lcGood.split('\n').mid(0, 30).join('\n')
-                                << "Input past end of file in %1, line 31" << 2;
-}
-
-// Decoding stops at the bad value: the records of earlier pages stay, the bad
-// file stays on disk, no later step runs, and HandleError shows the text.
-void tst_RecordPipeline::malformedPageFileEndsTheImport()
-{
-    QFETCH(QByteArray, page2);
-    QFETCH(QString, description);
-    QFETCH(int, records);
-    TestApp a;
-    WritePage(a, 1, PageText({Record(2, 400)}));
-    WritePage(a, 2, page2);
-    clsError lcError;
-    a.app->DecodeAndProcess(lcError, Geometry(0, 3, 8));
-    QVERIFY(lcError.IsError());
-    const QString lsFile = QDir::toNativeSeparators(a.Home() + QStringLiteral("Page2.DSW"));
-    QCOMPARE(lcError.Description(), description.arg(lsFile));
-    QCOMPARE(a.app->Records().Count(), records);
-    QCOMPARE(a.app->Records().Item(1).RecordNumber(), 0);
-    QVERIFY(!QFile::exists(a.Home() + QStringLiteral("Page1.DSW")));
-    QVERIFY(QFile::exists(lsFile));
-    QCOMPARE(a.app->DataSaved(), true);
-    a.app->HandleError(lcError);
-    QCOMPARE(a.window.LastStatus(), description.arg(lsFile).left(90).trimmed());
-}
-
-// A table value so far off that the lookup's 32-bit difference overflows
-// ends the import with the run-time error; the grid step alone reports it too,
-// before the window reads a row.
-void tst_RecordPipeline::farPlaceTableValueIsAnOverflowNotACrash()
-{
-    TestApp a(nullptr, false);
-    QFile lcTable(a.Home() + QStringLiteral("postcode.gps"));
-    QVERIFY(lcTable.open(QIODevice::WriteOnly));
-    lcTable.write("-2000000000;1;far away\r\n");
-    lcTable.close();
-    a.app->Init();
-    Bytes lcRoute = Record(6, 100);
-    lcRoute[13] = 0x10; // longitude 268435457, 2268435457 from the table's value
-    WritePage(a, 1, PageText({lcRoute, Record(2, 200)}));
-    clsError lcError;
-    a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
-    QCOMPARE(lcError.Description(), QStringLiteral("Overflow"));
-    QCOMPARE(a.app->Records().Count(), 2);
-    lcError.Clear();
-    a.app->Selection().cheDebugRoute = true;
-    a.app->ShowRecords(lcError);
-    QCOMPARE(lcError.Error(), qint32(VbError::Overflow));
-    // the window is never told to read rows whose places could not be looked up
-    QVERIFY(!a.window.calls.contains(QStringLiteral("RecordsChanged")));
-}
-
-void tst_RecordPipeline::gridFollowsTheSelection_data()
-{
-    QTest::addColumn<QString>("ticked");
-    QTest::addColumn<QString>("shownKinds");
-    QTest::newRow("defaults") << "route log,policecheck,tank stop,tc" << "2,3,4,5,7";
-    QTest::newRow("none") << "" << "";
-    QTest::newRow("policecheck is radar and spot") << "policecheck" << "3,4";
-    QTest::newRow("debug boxes") << "dbg route,dbg kmco" << "6,8";
-    QTest::newRow("tank stop") << "tank stop" << "7";
-}
-
-void tst_RecordPipeline::gridFollowsTheSelection()
-{
-    QFETCH(QString, ticked);
-    QFETCH(QString, shownKinds);
-    TestApp a;
-    QVector<Bytes> lcRecords;
-    for (int llType = 2; llType <= 9; ++llType)
-        lcRecords << Record(llType, 100);
-    WritePage(a, 1, PageText(lcRecords));
-    clsRecordSelection& rcSelection = a.app->Selection();
-    const QStringList lcTicked = ticked.split(QLatin1Char(','), Qt::SkipEmptyParts);
-    rcSelection.cheRitRegistratie = lcTicked.contains(QStringLiteral("route log"));
-    rcSelection.chePoliceCheck = lcTicked.contains(QStringLiteral("policecheck"));
-    rcSelection.cheRitRegistratieTankstop = lcTicked.contains(QStringLiteral("tank stop"));
-    rcSelection.chePoliceCheckTc = lcTicked.contains(QStringLiteral("tc"));
-    rcSelection.cheDebugRoute = lcTicked.contains(QStringLiteral("dbg route"));
-    rcSelection.cheDebugKmCorrection = lcTicked.contains(QStringLiteral("dbg kmco"));
-    clsError lcError;
-    a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
-    QVERIFY(!lcError.IsError());
-    QStringList lcShown;
-    for (const QString& lsRow : a.window.gridRows) {
-        const QStringList lcColumns = lsRow.split(QLatin1Char('\t'));
-        QCOMPARE(lcColumns.size(), 21);
-        lcShown << lcColumns[16];
+    void emptyDisplay()
+    {
+        TestApp a;
+        clsError lcError;
+        a.app->DecodeDataFromFiles(lcError, Geometry(0, 10, 8));
+        QCOMPARE(a.app->Status().SmallProgressBarInfo().Max(), 11);
+        a.app->DecodeAndProcess(lcError, Geometry(0, 10, 8));
+        QVERIFY(!lcError.IsError());
+        QCOMPARE(a.app->Records().Count(), 0);
+        QCOMPARE(a.app->DataSaved(), true);
+        QCOMPARE(a.window.LastStatus(), Copied(0));
     }
-    QStringList lcExpected;
-    const QStringList lcNames = {"", "", "Route Logging", "PoliceCheck", "SpotAlarm", "Traject Contol", "route",
-                                 "tankstop", "km correctie"};
-    for (const QString& lsKind : shownKinds.split(QLatin1Char(','), Qt::SkipEmptyParts))
-        lcExpected << lcNames[lsKind.toInt()];
-    QCOMPARE(lcShown, lcExpected);
-    QCOMPARE(a.window.LastStatus(), QStringLiteral("Copied 8 record(s) from KVT Memory Display"));
-}
+
+    void malformedPageFileEndsTheImport_data()
+    {
+        QTest::addColumn<QByteArray>("page2");
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<int>("records");
+        const QByteArray lcGood = PageText({Record(2, 500), Record(2, 600)});
+        QTest::newRow("not a number") << QByteArray(lcGood).replace(0, 1, "abc") << "Type mismatch in %1, line 1" << 1;
+        QTest::newRow("value above 255") << QByteArray(lcGood).replace(0, 1, "256") << "Overflow in %1, line 1" << 1;
+        QTest::newRow("short file") << lcGood.split('\n').mid(0, 30).join('\n') << "Input past end of file in %1, line 31" << 2;
+    }
+    // Decoding stops at the bad value: the records of earlier pages stay, the bad
+    // file stays on disk, no later step runs, and HandleError shows the text.
+    void malformedPageFileEndsTheImport()
+    {
+        QFETCH(QByteArray, page2);
+        QFETCH(QString, description);
+        QFETCH(int, records);
+        TestApp a;
+        WritePage(a, 1, PageText({Record(2, 400)}));
+        WritePage(a, 2, page2);
+        clsError lcError;
+        a.app->DecodeAndProcess(lcError, Geometry(0, 3, 8));
+        const QString lsFile = QDir::toNativeSeparators(a.Home() + QStringLiteral("Page2.DSW"));
+        QCOMPARE(lcError.Description(), description.arg(lsFile));
+        QCOMPARE(a.app->Records().Count(), records);
+        QCOMPARE(a.app->Records().Item(1).RecordNumber(), 0);
+        QCOMPARE(PageFiles(a), QStringList{QStringLiteral("Page2.DSW")});
+        QCOMPARE(a.app->DataSaved(), true);
+        a.app->HandleError(lcError);
+        QCOMPARE(a.window.LastStatus(), description.arg(lsFile).left(90).trimmed());
+    }
+
+    // A table value so far off that the lookup's 32-bit difference overflows
+    // ends the import with the run-time error; the grid step alone reports it too,
+    // before the window reads a row.
+    void farPlaceTableValueIsAnOverflowNotACrash()
+    {
+        TestApp a(nullptr, false);
+        WriteAll(a.Home() + QStringLiteral("postcode.gps"), "-2000000000;1;far away\r\n");
+        a.app->Init();
+        Bytes lcRoute = Record(6, 100);
+        lcRoute[13] = 0x10; // longitude 268435457, 2268435457 from the table's value
+        WritePage(a, 1, PageText({lcRoute, Record(2, 200)}));
+        clsError lcError;
+        a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
+        QCOMPARE(lcError.Description(), QStringLiteral("Overflow"));
+        QCOMPARE(a.app->Records().Count(), 2);
+        lcError.Clear();
+        a.app->Selection().cheDebugRoute = true;
+        a.app->ShowRecords(lcError);
+        QCOMPARE(lcError.Error(), qint32(VbError::Overflow));
+        // the window is never told to read rows whose places could not be looked up
+        QVERIFY(!a.window.calls.contains(QStringLiteral("RecordsChanged")));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_RecordPipeline)
 #include "tst_RecordPipeline.moc"

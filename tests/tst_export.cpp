@@ -1,286 +1,324 @@
-// The tab-delimited export and the save dialogue around it: which records
-// reach the file, the exact line layout, the replace question, and that a
-// save that fails never costs the user an earlier export.
+// Every export format made from the golden page-file sets and compared byte
+// for byte with the files in tests/data/export (the spreadsheet by its sheet
+// XML, the PDF by pdftotext's reading of it), the save dialogue around the
+// tab-delimited file, and that a save that fails never costs the user an
+// earlier export.
 
 #include "TestFiles.h"
 #include "support/TestApp.h"
 #include "app/clsSettings.h"
-#include "data/clsHalvexRecord.h"
+#include "data/clsFlashMemInfo.h"
 #include "data/clsRecordCollection.h"
 #include "export/clsExcel.h"
 #include "export/clsTabDelimited.h"
 #include "platform/Err.h"
 
 #include <QDir>
-#include <QFile>
-#include <QTest>
+#include <QProcess>
+#include <QtTest>
 #include <csignal>
+#include <ctime>
 #include <sys/resource.h>
 
 namespace {
-// A record straight from its 24 bytes: no GPS fix (so no place lookup), the
-// given type in byte 17, a km counter and tank receipt number where the type has one.
-clsHalvexRecord MakeRecord(quint8 vbyType, qint32 vlNumber, const QString& vsRoute = QString())
+const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/export/");
+
+// Decodes a golden set in the home of an application not started yet, its own
+// place table (or vcTable) included; the table is loaded as the application starts.
+void LoadSet(TestApp& rcApp, const QString& vsSet, const QByteArray& vcTable = QByteArray())
 {
-    clsHalvexRecord::Bytes lcBytes{};
-    lcBytes[0] = 0x20;
-    lcBytes[1] = 0x40; // 08:01:00
-    lcBytes[2] = 0x00;
-    lcBytes[3] = 0x48; // 09:00:00
-    lcBytes[14] = 2;
-    lcBytes[16] = 87;
-    lcBytes[17] = vbyType;
-    lcBytes[18] = 0x39;
-    lcBytes[19] = 0x30; // 12345 km
-    lcBytes[22] = 7;
-    clsHalvexRecord lcRecord;
-    lcRecord.DeCodeData(lcBytes);
-    lcRecord.SetRecordNumber(vlNumber);
-    lcRecord.SetRoute(vsRoute);
-    return lcRecord;
+    const QDir lcSet(QStringLiteral(CORVANE_TEST_DATA "/") + vsSet);
+    for (const QString& lsFile : lcSet.entryList({QStringLiteral("Page*.DSW"), QStringLiteral("postcode.gps")}))
+        QVERIFY(QFile::copy(lcSet.filePath(lsFile), rcApp.Home() + lsFile));
+    if (!vcTable.isEmpty())
+        WriteAll(rcApp.Home() + QStringLiteral("postcode.gps"), vcTable);
+    rcApp.app->Init();
+    const QList<QByteArray> lcNumbers = ReadAll(lcSet.filePath(QStringLiteral("geometry.txt"))).simplified().split(' ');
+    QCOMPARE(lcNumbers.size(), 3);
+    clsFlashMemInfo lcInfo;
+    lcInfo.SetFirstPage(lcNumbers[0].toInt());
+    lcInfo.SetLastPage(lcNumbers[1].toInt());
+    lcInfo.SetSizeOnePage(lcNumbers[2].toInt());
+    clsError lcError;
+    rcApp.app->DecodeAndProcess(lcError, lcInfo);
+    QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+}
+
+QByteArray Run(const QString& vsProgram, const QStringList& vcArguments)
+{
+    QProcess lcProcess;
+    lcProcess.start(vsProgram, vcArguments);
+    lcProcess.waitForFinished();
+    return lcProcess.readAllStandardOutput();
+}
+
+// What of an export the golden file holds: the sheet XML of a workbook (its
+// zip and document dates vary), the text of a PDF, the program's version as @VERSION@.
+QByteArray Comparable(const QString& vsFile, const QString& vsFormat)
+{
+    QByteArray lcContent = ReadAll(vsFile);
+    if (vsFormat == QLatin1String("xlsx"))
+        lcContent = Run(QStringLiteral("unzip"), {"-p", vsFile, "xl/sharedStrings.xml", "xl/worksheets/sheet1.xml"});
+    if (vsFormat == QLatin1String("pdf"))
+        lcContent = Run(QStringLiteral("pdftotext"), {"-layout", vsFile, "-"});
+    return lcContent.replace(clsApplication::VersionString().toUtf8(), "@VERSION@");
 }
 
 // Lowers the largest file this process may write, so that a save fails half-way as on a full disk.
-class clsFileSizeLimit
-{
-public:
-    explicit clsFileSizeLimit(rlim_t vlBytes)
+struct FileSizeLimit {
+    rlimit saved{};
+    void (*oldHandler)(int);
+    explicit FileSizeLimit(rlim_t vlBytes)
     {
-        getrlimit(RLIMIT_FSIZE, &mcSaved);
-        mOldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit lcLimit = mcSaved;
+        getrlimit(RLIMIT_FSIZE, &saved);
+        oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit lcLimit = saved;
         lcLimit.rlim_cur = vlBytes;
         setrlimit(RLIMIT_FSIZE, &lcLimit);
     }
-    ~clsFileSizeLimit()
+    ~FileSizeLimit()
     {
-        setrlimit(RLIMIT_FSIZE, &mcSaved);
-        std::signal(SIGXFSZ, mOldHandler);
+        setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, oldHandler);
     }
-
-private:
-    rlimit mcSaved{};
-    void (*mOldHandler)(int);
 };
+
+// table: the set's own place table, or the hand-built one with "2801 Gouda"
+// renamed to hold a comma, quotes and two Windows-1252 characters outside Latin-1
+struct GoldenCase { QString set; bool awkwardPlace, nothingSelected; QString format, golden, status; };
 }
+Q_DECLARE_METATYPE(GoldenCase)
 
 class tst_Export : public QObject
 {
     Q_OBJECT
+
 private slots:
-    void writesOnlyValidRecordsOfTheSavedKinds();
-    void lineLayout();
-    void emptyCollectionTouchesNoFile();
-    void replaceQuestion_data();
-    void replaceQuestion();
-    void failedSaveKeepsEarlierFile_data();
-    void failedSaveKeepsEarlierFile();
-    void openDialogStartsInTheLastDirectory_data();
-    void openDialogStartsInTheLastDirectory();
-    void spreadsheetPlaceholder();
-};
+    // Times leave as UTC: the display's clock is taken as Dutch local time.
+    void initTestCase()
+    {
+        qputenv("TZ", "Europe/Amsterdam");
+        tzset();
+    }
 
-// Trips, both alarm kinds, traject control and tank stops go to the file, in
-// collection order; route points, km corrections, unknown kinds and empty slots never do.
-void tst_Export::writesOnlyValidRecordsOfTheSavedKinds()
-{
-    TestApp t;
-    const quint8 lcTypes[] = {6, 2, 3, 8, 4, 255, 5, 9, 7};
-    for (int i = 0; i < int(sizeof lcTypes); ++i)
-        t.app->Records().Add(MakeRecord(lcTypes[i], i + 1));
-    const QString lsFile = t.Home() + QStringLiteral("trips.txt");
-    t.dialogs.fileNames.enqueue(lsFile);
-    t.app->SetDataSaved(false);
-    clsError lcError;
-    t.app->SaveToDisk(lcError);
-    QVERIFY(!lcError.IsError());
+    void golden_data()
+    {
+        QTest::addColumn<GoldenCase>("c");
+        const QString lsHand = QStringLiteral("pipeline-handbuilt");
+        QTest::newRow("txt") << GoldenCase{lsHand, false, false, "txt", "handbuilt.txt", "Save to file"};
+        QTest::newRow("csv") << GoldenCase{lsHand, false, false, "csv", "handbuilt.csv", ""};
+        QTest::newRow("csv, generated") << GoldenCase{"pipeline-generated", false, false, "csv", "generated.csv", ""};
+        QTest::newRow("csv, page gaps") << GoldenCase{"pipeline-gaps", false, false, "csv", "gaps.csv", ""};
+        QTest::newRow("txt, awkward place") << GoldenCase{lsHand, true, false, "txt", "awkward.txt", ""};
+        QTest::newRow("csv, awkward place") << GoldenCase{lsHand, true, false, "csv", "awkward.csv", ""};
+        QTest::newRow("xlsx") << GoldenCase{lsHand, false, false, "xlsx", "handbuilt.xlsx.xml", ""};
+        QTest::newRow("gpx") << GoldenCase{lsHand, false, false, "gpx", "handbuilt.gpx",
+                                           "2 record(s) without a position left out"};
+        QTest::newRow("kml") << GoldenCase{lsHand, false, false, "kml", "handbuilt.kml", ""};
+        QTest::newRow("pdf") << GoldenCase{lsHand, false, false, "pdf", "handbuilt.pdf.txt", ""};
+        QTest::newRow("csv, nothing selected") << GoldenCase{lsHand, false, true, "csv", "empty.csv", ""};
+        QTest::newRow("gpx, nothing selected") << GoldenCase{lsHand, false, true, "gpx", "empty.gpx", ""};
+        QTest::newRow("kml, nothing selected") << GoldenCase{lsHand, false, true, "kml", "empty.kml", ""};
+    }
+    void golden()
+    {
+        QFETCH(GoldenCase, c);
+        TestApp a(nullptr, false);
+        QByteArray lcTable;
+        if (c.awkwardPlace)
+            lcTable = ReadAll(QStringLiteral(CORVANE_TEST_DATA "/pipeline-handbuilt/postcode.gps"))
+                          .replace("2801 Gouda", "2801 Gouda \"Kaas\", ZH \x97 \x80");
+        LoadSet(a, c.set, lcTable);
+        if (c.nothingSelected)
+            a.app->Selection() = clsRecordSelection{false, false, false, false, false, false, false};
+        a.app->SetDisplayId(QStringLiteral("12.0.34.5.6.7.8.9"));
+        a.app->SetRecordsTaken(QDateTime(QDate(2007, 3, 8), QTime(9, 15)));
+        const QString lsFile = a.Home() + QStringLiteral("export.") + c.format;
+        clsError lcError;
+        a.app->ExportToFile(lcError, lsFile, c.format);
+        QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+        QVERIFY(a.app->DataSaved());
+        QFile lcGolden(kGolden + c.golden);
+        // CORVANE_UPDATE_GOLDEN=1 rewrites the golden files after a deliberate change; review the diff.
+        if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN"))
+            QVERIFY(lcGolden.open(QIODevice::WriteOnly) && lcGolden.write(Comparable(lsFile, c.format)) > 0 && lcGolden.flush());
+        QCOMPARE(Comparable(lsFile, c.format), ReadAll(kGolden + c.golden));
+        if (!c.status.isEmpty())
+            QCOMPARE(a.window.LastStatus(), c.status);
+    }
 
-    QStringList lcNumbers;
-    for (const QByteArray& lcLine : ReadAll(lsFile).split('\n'))
-        if (!lcLine.isEmpty())
-            lcNumbers << QString::fromLatin1(lcLine.left(lcLine.indexOf('\t')));
-    QCOMPARE(lcNumbers, QStringList({"2", "3", "5", "7", "9"}));
-    QVERIFY(t.app->DataSaved());
-    QCOMPARE(t.app->Settings().LastTXTFilename(), lsFile);
-    QCOMPARE(t.dialogs.dialogFilters, QStringList{QStringLiteral("Text file (tab delimited)(*.txt)|*.txt")});
-}
+    // Nothing to write: no file is made, an existing one is left alone, yet the data counts as saved.
+    void emptyCollectionTouchesNoFile()
+    {
+        TestApp t;
+        const QString lsFresh = t.Home() + QStringLiteral("fresh.txt");
+        const QString lsEarlier = t.Home() + QStringLiteral("earlier.txt");
+        WriteAll(lsEarlier, "earlier export\r\n");
+        t.dialogs.fileNames << lsFresh << lsEarlier;
+        t.dialogs.answers.enqueue(MsgResult::Yes);
+        for (int i = 0; i < 2; ++i) {
+            t.app->SetDataSaved(false);
+            clsError lcError;
+            t.app->SaveToDisk(lcError);
+            QVERIFY(!lcError.IsError());
+            QVERIFY(t.app->DataSaved());
+        }
+        QVERIFY(!QFile::exists(lsFresh));
+        QCOMPARE(ReadAll(lsEarlier), QByteArray("earlier export\r\n"));
+    }
 
-// 21 fields: each of the 20 columns followed by a tab, then the route; CR LF;
-// Windows-1252. With no route the line ends in a tab.
-void tst_Export::lineLayout()
-{
-    TestApp t;
-    t.app->Records().Add(MakeRecord(2, 1));
-    t.app->Records().Add(MakeRecord(7, 2, QStringLiteral("Liège — Maastricht")));
-    const QString lsFile = t.Home() + QStringLiteral("trips.txt");
-    t.dialogs.fileNames.enqueue(lsFile);
-    clsError lcError;
-    t.app->SaveToDisk(lcError);
-
-    const QList<QByteArray> lcLines = ReadAll(lsFile).split('\n');
-    QCOMPARE(lcLines.size(), 3);
-    QVERIFY(lcLines[2].isEmpty());
-    QCOMPARE(lcLines[0].count('\t'), 20);
-    QVERIFY(lcLines[0].endsWith("\t\r"));
-    QCOMPARE(lcLines[0].count('\r'), 1);
-    QCOMPARE(lcLines[1].count('\t'), 20);
-    QVERIFY2(lcLines[1].endsWith("\tLi\xE8ge \x97 Maastricht\r"), lcLines[1].constData());
-    QCOMPARE(t.app->Records().Item(1).GetFullStringWithDelimiterToFile(QStringLiteral("\t")).toLatin1() + "\r",
-             lcLines[0]);
-    QCOMPARE(t.window.LastStatus(), QStringLiteral("Save to file"));
-    QVERIFY(!t.app->Status().BigProgressBarInfo().Visible());
-}
-
-// Nothing to write: no file is made, an existing one is left alone, yet the data counts as saved.
-void tst_Export::emptyCollectionTouchesNoFile()
-{
-    TestApp t;
-    const QString lsFresh = t.Home() + QStringLiteral("fresh.txt");
-    const QString lsEarlier = t.Home() + QStringLiteral("earlier.txt");
-    WriteAll(lsEarlier, "earlier export\r\n");
-    t.dialogs.fileNames << lsFresh << lsEarlier;
-    t.dialogs.answers.enqueue(MsgResult::Yes);
-    for (int i = 0; i < 2; ++i) {
-        t.app->SetDataSaved(false);
+    // Save asks before it replaces a file; the file written is the tab-delimited export.
+    void saveQuestion_data()
+    {
+        QTest::addColumn<bool>("cancelDialog");
+        QTest::addColumn<MsgResult>("answer");
+        QTest::newRow("yes replaces") << false << MsgResult::Yes;
+        QTest::newRow("no keeps the file and the last name") << false << MsgResult::No;
+        QTest::newRow("cancelled dialog asks nothing") << true << MsgResult::OK;
+    }
+    void saveQuestion()
+    {
+        QFETCH(bool, cancelDialog);
+        QFETCH(MsgResult, answer);
+        const bool lbReplaced = answer == MsgResult::Yes;
+        TestApp t(nullptr, false);
+        LoadSet(t, QStringLiteral("pipeline-handbuilt"));
+        t.app->Settings().SetLastTXTFilename(QStringLiteral("before.txt"));
+        const QString lsFile = t.Home() + QStringLiteral("trips.txt");
+        WriteAll(lsFile, "earlier export\r\n");
+        if (!cancelDialog) {
+            t.dialogs.fileNames.enqueue(lsFile);
+            t.dialogs.answers.enqueue(answer);
+        }
         clsError lcError;
         t.app->SaveToDisk(lcError);
         QVERIFY(!lcError.IsError());
-        QVERIFY(t.app->DataSaved());
+        QCOMPARE(t.dialogs.dialogInitialNames, QStringList{QStringLiteral("before.txt")});
+        QCOMPARE(t.dialogs.dialogFilters, QStringList{QStringLiteral("Text file (tab delimited)(*.txt)|*.txt")});
+        QCOMPARE(t.dialogs.boxes.size(), cancelDialog ? 0 : 1);
+        if (!cancelDialog) {
+            QCOMPARE(t.dialogs.boxes[0].text, lsFile + QStringLiteral(" already exists.\r\nDo you want to replace it?"));
+            QCOMPARE(t.dialogs.boxes[0].title, QStringLiteral("(Save As) Corvane Desktop"));
+            QCOMPARE(t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
+        }
+        QCOMPARE(ReadAll(lsFile), lbReplaced ? ReadAll(kGolden + QStringLiteral("handbuilt.txt")) : "earlier export\r\n");
+        QCOMPARE(t.app->DataSaved(), lbReplaced);
+        QCOMPARE(t.app->Settings().LastTXTFilename(), lbReplaced ? lsFile : QStringLiteral("before.txt"));
+        if (lbReplaced)
+            QCOMPARE(t.window.LastStatus(), QStringLiteral("Save to file"));
+        QVERIFY(!t.app->Status().BigProgressBarInfo().Visible());
     }
-    QVERIFY(!QFile::exists(lsFresh));
-    QCOMPARE(ReadAll(lsEarlier), QByteArray("earlier export\r\n"));
-}
 
-void tst_Export::replaceQuestion_data()
-{
-    QTest::addColumn<bool>("cancelDialog");
-    QTest::addColumn<MsgResult>("answer");
-    QTest::addColumn<bool>("replaced");
-    QTest::newRow("yes replaces") << false << MsgResult::Yes << true;
-    QTest::newRow("no keeps the file and the last name") << false << MsgResult::No << false;
-    QTest::newRow("cancelled dialog asks nothing") << true << MsgResult::OK << false;
-}
-
-void tst_Export::replaceQuestion()
-{
-    QFETCH(bool, cancelDialog);
-    QFETCH(MsgResult, answer);
-    QFETCH(bool, replaced);
-    TestApp t;
-    t.app->Settings().SetLastTXTFilename(QStringLiteral("before.txt"));
-    t.app->Records().Add(MakeRecord(2, 1));
-    t.app->SetDataSaved(false);
-    const QString lsFile = t.Home() + QStringLiteral("trips.txt");
-    WriteAll(lsFile, "earlier export\r\n");
-    if (!cancelDialog) {
-        t.dialogs.fileNames.enqueue(lsFile);
-        t.dialogs.answers.enqueue(answer);
-    }
-    clsError lcError;
-    t.app->SaveToDisk(lcError);
-
-    QVERIFY(!lcError.IsError());
-    QCOMPARE(t.dialogs.dialogInitialNames, QStringList{QStringLiteral("before.txt")});
-    QCOMPARE(t.dialogs.boxes.size(), cancelDialog ? 0 : 1);
-    if (!cancelDialog) {
-        QCOMPARE(t.dialogs.boxes[0].text, lsFile + QStringLiteral(" already exists.\r\nDo you want to replace it?"));
-        QCOMPARE(t.dialogs.boxes[0].title, QStringLiteral("(Save As) Corvane Desktop"));
-        QCOMPARE(t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
-    }
-    QCOMPARE(ReadAll(lsFile) != QByteArray("earlier export\r\n"), replaced);
-    QCOMPARE(t.app->DataSaved(), replaced);
-    QCOMPARE(t.app->Settings().LastTXTFilename(), replaced ? lsFile : QStringLiteral("before.txt"));
-}
-
-// A failed save is an error value naming the file; the earlier export, if
-// any, is untouched, no half-written file is left behind, and the data does
-// not count as saved.
-void tst_Export::failedSaveKeepsEarlierFile_data()
-{
-    QTest::addColumn<QString>("relativeName");
-    QTest::addColumn<bool>("diskFull");
-    QTest::addColumn<long>("number");
-    QTest::newRow("directory missing") << "missing/trips.txt" << false << VbError::PathNotFound;
-    QTest::newRow("disk full half-way") << "trips.txt" << true << 0L;
-}
-
-void tst_Export::failedSaveKeepsEarlierFile()
-{
-    QFETCH(QString, relativeName);
-    QFETCH(bool, diskFull);
-    QFETCH(long, number);
-    TestApp t;
-    for (int i = 1; i <= 200; ++i)
-        t.app->Records().Add(MakeRecord(2, i));
-    t.app->SetDataSaved(false);
-    const QString lsFile = t.Home() + relativeName;
-    if (diskFull)
-        WriteAll(lsFile, "earlier export\r\n");
-    t.dialogs.fileNames.enqueue(lsFile);
-    t.dialogs.answers.enqueue(MsgResult::Yes);
-    clsError lcError;
+    // A failed save is an error value naming the file; the earlier export, if
+    // any, is untouched, no half-written file is left behind, and the data does
+    // not count as saved. "save" is the Save button's tab-delimited file.
+    void failedSaveKeepsTheEarlierFile_data()
     {
-        const clsFileSizeLimit lcLimit(diskFull ? 4096 : RLIM_INFINITY);
-        t.app->SaveToDisk(lcError);
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("diskFull");
+        QTest::newRow("save, directory missing") << "save" << "missing/trips.txt" << false;
+        for (const char* lsFormat : {"save", "txt", "csv", "xlsx", "gpx", "kml", "pdf"})
+            QTest::newRow(qPrintable(QStringLiteral("%1, disk full half-way").arg(lsFormat)))
+                << lsFormat << QStringLiteral("trips.%1").arg(lsFormat) << true;
+    }
+    void failedSaveKeepsTheEarlierFile()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, name);
+        QFETCH(bool, diskFull);
+        TestApp t(nullptr, false);
+        LoadSet(t, QStringLiteral("pipeline-generated"));
+        const QString lsTarget = t.Home() + name;
+        if (diskFull)
+            WriteAll(lsTarget, "earlier export");
+        t.dialogs.fileNames.enqueue(lsTarget);
+        t.dialogs.answers.enqueue(MsgResult::Yes);
+        clsError lcError;
+        {
+            const FileSizeLimit lcLimit(diskFull ? 200 : RLIM_INFINITY);
+            format == QLatin1String("save") ? t.app->SaveToDisk(lcError) : t.app->ExportToFile(lcError, lsTarget, format);
+        }
+        QVERIFY2(lcError.IsError() && lcError.ISVBError(), qPrintable(lcError.Description()));
+        QVERIFY(diskFull || lcError.Error() == VbError::PathNotFound);
+        QVERIFY2(lcError.Description().contains(QDir::toNativeSeparators(lsTarget)), qPrintable(lcError.Description()));
+        QVERIFY(!t.app->DataSaved());
+        QVERIFY(!t.app->Status().BigProgressBarInfo().Visible());
+        QCOMPARE(Err::Number(), 0L);
+        QCOMPARE(ReadAll(lsTarget), QByteArray(diskFull ? "earlier export" : ""));
+        QCOMPARE(QDir(t.Home()).entryList({QStringLiteral("trips*")}, QDir::Files | QDir::Hidden).size(), diskFull ? 1 : 0);
     }
 
-    QVERIFY(lcError.IsError());
-    QVERIFY(lcError.ISVBError());
-    if (number != 0)
-        QCOMPARE(long(lcError.Error()), number);
-    QVERIFY2(lcError.Description().contains(QDir::toNativeSeparators(lsFile)), qPrintable(lcError.Description()));
-    QVERIFY(!t.app->DataSaved());
-    QVERIFY(!t.app->Status().BigProgressBarInfo().Visible());
-    QCOMPARE(Err::Number(), 0L);
-    if (diskFull)
-        QCOMPARE(ReadAll(lsFile), QByteArray("earlier export\r\n"));
-    const QStringList lcLeft = QDir(t.Home()).entryList({QStringLiteral("trips*")}, QDir::Files);
-    QCOMPARE(lcLeft, diskFull ? QStringList{QStringLiteral("trips.txt")} : QStringList());
-}
+    // The format follows the extension unless given; the dialog offers every format.
+    void formatByExtension_data()
+    {
+        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QByteArray>("start");
+        QTest::newRow("upper-case extension") << "TRIPS.CSV" << QString() << QByteArray("\xEF\xBB\xBF#,");
+        QTest::newRow("format given over the extension") << "trips.dat" << "gpx" << QByteArray("<?xml");
+        QTest::newRow("txt stays tab-delimited") << "trips.txt" << QString() << QByteArray("1\t1\t5-3-2007\t");
+        QTest::newRow("unknown extension: nothing written") << "trips.doc" << QString() << QByteArray();
+    }
+    void formatByExtension()
+    {
+        QFETCH(QString, fileName);
+        QFETCH(QString, format);
+        QFETCH(QByteArray, start);
+        TestApp a(nullptr, false);
+        LoadSet(a, QStringLiteral("pipeline-handbuilt"));
+        a.dialogs.fileNames.enqueue(a.Home() + fileName);
+        clsError lcError;
+        a.app->ExportAs(lcError, format);
+        QCOMPARE(a.dialogs.dialogFilters.size(), 1);
+        QVERIFY(a.dialogs.dialogFilters.first().contains(QStringLiteral("|*.kml|")));
+        QCOMPARE(ReadAll(a.Home() + fileName).left(start.size()), start);
+        QCOMPARE(lcError.IsError(), start.isEmpty());
+        QVERIFY2(!start.isEmpty() || lcError.Description().contains(QStringLiteral(".csv")), qPrintable(lcError.Description()));
+    }
 
-void tst_Export::openDialogStartsInTheLastDirectory_data()
-{
-    QTest::addColumn<QString>("lastFile");
-    QTest::addColumn<bool>("inLastDirectory");
-    QTest::newRow("existing directory") << "uploads/spots.ssl" << true;
-    QTest::newRow("directory gone") << "gone/spots.ssl" << false;
-    QTest::newRow("no last file") << "" << false;
-}
+    void openDialogStartsInTheLastDirectory_data()
+    {
+        QTest::addColumn<QString>("lastFile");
+        QTest::addColumn<bool>("inLastDirectory");
+        QTest::newRow("existing directory") << "uploads/spots.ssl" << true;
+        QTest::newRow("directory gone") << "gone/spots.ssl" << false;
+        QTest::newRow("no last file") << "" << false;
+    }
+    void openDialogStartsInTheLastDirectory()
+    {
+        QFETCH(QString, lastFile);
+        QFETCH(bool, inLastDirectory);
+        TestApp t;
+        QDir(t.Home()).mkdir(QStringLiteral("uploads"));
+        t.dialogs.fileNames.enqueue(QStringLiteral("chosen.txt"));
+        clsTabDelimited lcTabDelimited;
+        QCOMPARE(t.app->GetNewFileNameForDatafile(lcTabDelimited, lastFile.isEmpty() ? QString() : t.Home() + lastFile),
+                 QStringLiteral("chosen.txt"));
+        QCOMPARE(t.dialogs.dialogInitialNames, QStringList{QString()});
+        QCOMPARE(t.dialogs.dialogInitDirs, QStringList{inLastDirectory ? t.Home() + QStringLiteral("uploads/") : t.app->StdDirectory()});
+    }
 
-void tst_Export::openDialogStartsInTheLastDirectory()
-{
-    QFETCH(QString, lastFile);
-    QFETCH(bool, inLastDirectory);
-    TestApp t;
-    QDir(t.Home()).mkdir(QStringLiteral("uploads"));
-    const QString lsLast = lastFile.isEmpty() ? QString() : t.Home() + lastFile;
-    t.dialogs.fileNames.enqueue(QStringLiteral("chosen.txt"));
-    clsTabDelimited lcTabDelimited;
-    QCOMPARE(t.app->GetNewFileNameForDatafile(lcTabDelimited, lsLast), QStringLiteral("chosen.txt"));
-    QCOMPARE(t.dialogs.dialogInitialNames, QStringList{QString()});
-    QCOMPARE(t.dialogs.dialogInitDirs,
-             QStringList{inLastDirectory ? t.Home() + QStringLiteral("uploads/") : t.app->StdDirectory()});
-}
+    // Without Excel the spreadsheet type is unavailable, says so without leaving
+    // an error behind, is never offered a dialog, and writes nothing.
+    void spreadsheetPlaceholder()
+    {
+        TestApp t(nullptr, false);
+        LoadSet(t, QStringLiteral("pipeline-handbuilt"));
+        clsExcel lcExcel;
+        Err::SetPending(clsRuntimeError(429));
+        QVERIFY(!lcExcel.EditorIsAvailible());
+        QCOMPARE(Err::Number(), 0L);
+        t.dialogs.fileNames.enqueue(QStringLiteral("x.xls"));
+        QCOMPARE(t.app->GetNewFileNameForDatafile(lcExcel, QString()), QString());
+        QVERIFY(t.dialogs.dialogFilters.isEmpty());
+        const QString lsFile = t.Home() + QStringLiteral("records.xls");
+        QVERIFY(!lcExcel.SaveToFile(lsFile, t.app->Records()));
+        QVERIFY(!QFile::exists(lsFile));
+        QCOMPARE(lcExcel.GetIndex(), 8);
+        QCOMPARE(lcExcel.GetIdString(), QStringLiteral("XLS"));
+    }
+};
 
-// Without Excel the spreadsheet type is unavailable, says so without leaving
-// an error behind, is never offered a dialog, and writes nothing.
-void tst_Export::spreadsheetPlaceholder()
-{
-    TestApp t;
-    clsExcel lcExcel;
-    Err::SetPending(clsRuntimeError(429));
-    QVERIFY(!lcExcel.EditorIsAvailible());
-    QCOMPARE(Err::Number(), 0L);
-    t.dialogs.fileNames.enqueue(QStringLiteral("x.xls"));
-    QCOMPARE(t.app->GetNewFileNameForDatafile(lcExcel, QString()), QString());
-    QVERIFY(t.dialogs.dialogFilters.isEmpty());
-    const QString lsFile = t.Home() + QStringLiteral("records.xls");
-    t.app->Records().Add(MakeRecord(2, 1));
-    QVERIFY(!lcExcel.SaveToFile(lsFile, t.app->Records()));
-    QVERIFY(!QFile::exists(lsFile));
-    QCOMPARE(lcExcel.GetIndex(), 8);
-    QCOMPARE(lcExcel.GetIdString(), QStringLiteral("XLS"));
-}
-
-QTEST_GUILESS_MAIN(tst_Export)
+QTEST_MAIN(tst_Export)
 #include "tst_export.moc"

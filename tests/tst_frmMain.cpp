@@ -6,30 +6,15 @@
 #include "SimRig.h"
 #include "TestFiles.h"
 #include "app/clsSettings.h"
-#include "data/clsHalvexRecord.h"
-#include "data/clsRecordCollection.h"
 #include "sim/clsSimDataGenerator.h"
-#include "sim/clsSimFaults.h"
 #include "sim/clsSimSamples.h"
 #include "ui/clsRecordTableModel.h"
 #include "ui/frmAbout.h"
 #include "ui/frmMain.h"
 #include "ui/frmSelectComPort.h"
 
-#include <QAction>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPlainTextEdit>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTabBar>
-#include <QTabWidget>
-#include <QTableView>
 #include <QtTest>
+#include <QtWidgets>
 
 namespace {
 // The window on a simulated display holding a few generated days.
@@ -74,20 +59,12 @@ struct WindowRig {
     }
 };
 
+// A progress bar's text is its percentage, no caption.
 QString Caption(QObject* vcControl)
 {
-    if (auto* lcButton = qobject_cast<QAbstractButton*>(vcControl))
-        return lcButton->text();
-    if (auto* lcBox = qobject_cast<QGroupBox*>(vcControl))
-        return lcBox->title();
-    if (auto* lcLabel = qobject_cast<QLabel*>(vcControl))
-        return lcLabel->text();
-    if (auto* lcMenu = qobject_cast<QMenu*>(vcControl))
-        return lcMenu->title();
-    if (auto* lcAction = qobject_cast<QAction*>(vcControl))
-        return lcAction->text();
-    if (auto* lcText = qobject_cast<QPlainTextEdit*>(vcControl))
-        return lcText->toPlainText();
+    for (const char* lsProperty : {"title", "plainText", "text"})
+        if (!qobject_cast<QProgressBar*>(vcControl) && vcControl->property(lsProperty).isValid())
+            return vcControl->property(lsProperty).toString();
     return QString();
 }
 }
@@ -95,6 +72,7 @@ QString Caption(QObject* vcControl)
 class tst_frmMain : public QObject
 {
     Q_OBJECT
+
 private slots:
     // The application's timers share one event loop: one rig at a time.
     void init()
@@ -103,538 +81,437 @@ private slots:
             mcFilterRig.reset();
     }
     void cleanupTestCase() { mcFilterRig.reset(); }
-    void controls_data();
-    void controls();
-    void firstActivation();
-    void frame_data();
-    void frame();
-    void uploadPages_data();
-    void uploadPages();
-    void selectButtons_data();
-    void selectButtons();
-    void stopFirmwareOnClose_data();
-    void stopFirmwareOnClose();
-    void gridFilter_data();
-    void gridFilter();
-    void placeholders_data();
-    void placeholders();
-    void quitQuestion_data();
-    void quitQuestion();
-    void noDetectionDuringOperation();
-    void about_data();
-    void about();
-    void portDialog();
+    void controls_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("caption");
+        QFile lcFile(QStringLiteral(CORVANE_TEST_DATA "/frmMain-controls.txt"));
+        QVERIFY(lcFile.open(QIODevice::ReadOnly));
+        for (const QByteArray& lcLine : lcFile.readAll().split('\n')) {
+            const QList<QByteArray> f = lcLine.split('\t');
+            if (f.size() == 2 && !lcLine.startsWith('#'))
+                QTest::newRow(f[0].constData()) << QString::fromUtf8(f[0]) << QString::fromUtf8(f[1]).replace("\\n", "\n");
+        }
+    }
+    void controls()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, caption);
+        frmMain lcWindow;
+        const QList<QObject*> lcFound = lcWindow.findChildren<QObject*>(name);
+        QCOMPARE(lcFound.size(), 1);
+        QCOMPARE(Caption(lcFound.first()), caption);
+    }
+    // The documented access keys are Alt and the letter after "&": "C&opy" is Alt+O.
+    void firstActivation()
+    {
+        WindowRig w;
+        w.app().Settings().SetLastFilenames(1, QStringLiteral("/data/spots.ssl"));
+        w.app().Settings().SetLastFilenames(12, QStringLiteral("/data/sounds.kvt_snd"));
+        QCOMPARE(w.window.windowTitle(), QStringLiteral("KVT Desktop"));
+        w.Show();
+        QCOMPARE(w.window.windowTitle(), QStringLiteral("Corvane Desktop"));
+        auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"));
+        QStringList lcCaptions, lcKeys, lcPages;
+        for (int i = 0; i < lcTabs->count(); ++i) {
+            lcCaptions << lcTabs->tabText(i);
+            lcKeys << w.window.TabKey(i);
+            lcPages << lcTabs->widget(i)->objectName();
+        }
+        QCOMPARE(lcCaptions, (QStringList{"Get Route Logging and PoliceCheck", "Update Display",
+                                          "Update Corvane Operating System", "Update SpotList"}));
+        QCOMPARE(lcKeys, (QStringList{"1A", "4A", "3A", "2A"}));
+        for (int i = 0; i < lcKeys.size(); ++i)
+            QCOMPARE(lcPages.at(i), QStringLiteral("pctShifting_") + lcKeys.at(i).left(1));
+        QCOMPARE(lcTabs->currentIndex(), 0);
+        QVERIFY(!w.Find<QWidget>(QStringLiteral("pctShifting_5"))->isVisible());
+        QVERIFY(lcTabs->indexOf(w.Find<QWidget>(QStringLiteral("pctShifting_5"))) < 0);
+        QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->rowCount() + 1, 14);
+        QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->columnCount(), 21);
+        QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtUpdateDbSSL"))->text(), QStringLiteral("/data/spots.ssl"));
+        QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtSelectKVTSND"))->text(), QStringLiteral("/data/sounds.kvt_snd"));
+        QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdDownload"))->text()),
+                 QKeySequence(Qt::ALT | Qt::Key_O));
+        QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdClearRouteAndPoliceTable"))->text()),
+                 QKeySequence(Qt::ALT | Qt::Key_L));
+    }
+    void frame_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<bool>("silent");
+        QTest::addColumn<QList<MsgResult>>("answers");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("Copy") << "cmdDownload" << false << QList<MsgResult>{} << "Copied";
+        QTest::newRow("Copy, display silent, cancelled") << "cmdDownload" << true << QList<MsgResult>{MsgResult::Cancel}
+                                                         << "Action cancelled by user.";
+        QTest::newRow("Route log box") << "cheRitRegistratie" << false << QList<MsgResult>{} << "Copied";
+        QTest::newRow("DBG kmCo box") << "cheDebugKmCorrection" << false << QList<MsgResult>{} << "Copied";
+        QTest::newRow("Show route") << "cheShowRoute" << false << QList<MsgResult>{} << "Copied";
+        QTest::newRow("Clear Log") << "cmdClearRouteAndPoliceTable" << false << QList<MsgResult>{MsgResult::Yes} << "";
+    }
+    // Disabled while the operation works (sampled at every status change),
+    // enabled after it, also after an error.
+    void frame()
+    {
+        QFETCH(QString, control);
+        QFETCH(bool, silent);
+        QFETCH(QList<MsgResult>, answers);
+        QFETCH(QString, status);
+        WindowRig w;
+        w.Show();
+        auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
+        auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar();
+        auto* lcFile = w.Find<QMenu>(QStringLiteral("mnu_File"));
+        auto* lcBox = w.Find<QCheckBox>(QStringLiteral("chePoliceCheck"));
+        QList<bool> lcDuring;
+        const auto lcSample = [&]() {
+            if (w.app().CommunicationIsRunning())
+                lcDuring << (lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled()
+                         || lcBox->isEnabled());
+        };
+        connect(&w.app(), &clsApplication::StatusShown, this, lcSample);
+        connect(&w.window.GridModel(), &QAbstractItemModel::modelReset, this, lcSample);
+        if (silent) {
+            clsSimFaults lcFaults;
+            lcFaults.SilentFromRequest = 1;
+            w.rig.display.SetFaults(lcFaults);
+        }
+        for (MsgResult lcAnswer : answers)
+            w.rig.t.dialogs.answers << lcAnswer;
+        w.Click(control);
+        QVERIFY(!lcDuring.isEmpty());
+        QVERIFY(!lcDuring.contains(true));
+        QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
+        QVERIFY2(status.isEmpty() || w.StatusLine().startsWith(status), qPrintable(w.StatusLine()));
+        QVERIFY(!w.app().CommunicationIsRunning());
+    }
+    void uploadPages_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QStringList>("clicks");
+        QTest::addColumn<QString>("file"); // the file every clicked box's setting names; "" none chosen
+        QTest::addColumn<QString>("box");
+        const QString lsNothing = QStringLiteral("KVT Upload: Please select one or more items to upload");
+        const QString lsDone = QStringLiteral("KVT Upload: Upload successfully completed");
+        QTest::newRow("databases, nothing ticked") << "cmdUploadDatabases" << QStringList{} << "" << lsNothing;
+        QTest::newRow("databases, ticked then cleared")
+            << "cmdUploadDatabases" << QStringList{"chkSelectFileSFL", "chkSelectFileSFL"} << "" << lsNothing;
+        QTest::newRow("software, only a database ticked")
+            << "cmdInstallKVTSoftware" << QStringList{"chkSelectFileSSL"} << "" << lsNothing;
+        QTest::newRow("databases, ticked, no file chosen")
+            << "cmdUploadDatabases" << QStringList{"chkSelectFileUSL"} << ""
+            << "KVT Upload ERROR: ERROR: Upload Failed: ";
+        QTest::newRow("databases, SpotList") << "cmdUploadDatabases" << QStringList{"chkSelectFileSSL"} << "a.ssl"
+                                             << lsDone;
+        QTest::newRow("databases, User FalseList") << "cmdUploadDatabases" << QStringList{"chkSelectFileUFL"} << "a.ufl"
+                                                   << lsDone;
+        QTest::newRow("software, sounds and analyser")
+            << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTSND", "chkSelectKVTSA"} << "a.kvt" << lsDone;
+        QTest::newRow("software, operating system") << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTCC"} << "a.kvt"
+                                                    << lsDone;
+    }
+    // The tick boxes reach the upload the button starts; the window is off while
+    // the upload talks to the display and on again after it.
+    void uploadPages()
+    {
+        QFETCH(QString, button);
+        QFETCH(QStringList, clicks);
+        QFETCH(QString, file);
+        QFETCH(QString, box);
+        WindowRig w(0);
+        w.rig.display.SetGeometry(0, 8, 8, 64);
+        w.Show();
+        if (!file.isEmpty()) {
+            const QString lsPath = w.rig.t.Home() + file;
+            WriteAll(lsPath, QByteArray(100, 'x'));
+            // only the clicked rows name the file: a box wired to another row fails the upload
+            const QMap<QString, qint16> lcIndex = {{"chkSelectKVTCC", 0},  {"chkSelectFileSSL", 1}, {"chkSelectFileSFL", 2},
+                                                   {"chkSelectFileUSL", 3}, {"chkSelectFileUFL", 4}, {"chkSelectKVTSA", 10},
+                                                   {"chkSelectKVTSND", 12}};
+            for (const QString& lsBox : clicks)
+                w.app().Settings().SetLastFilenames(lcIndex.value(lsBox), lsPath);
+        }
+        for (const QString& lsBox : clicks)
+            w.Click(lsBox);
+        auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
+        auto* lcTick = w.Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"));
+        QList<bool> lcDuring;
+        connect(&w.app(), &clsApplication::StatusShown, this, [&]() {
+            if (w.app().CommunicationIsRunning())
+                lcDuring << (lcExit->isEnabled() || lcTick->isEnabled());
+        });
+        const int llRequests = w.rig.display.Requests().size();
+        w.Click(button);
+        QVERIFY(!w.rig.t.dialogs.boxes.isEmpty());
+        const FakeUserDialogs::Box& lcBox = w.rig.t.dialogs.boxes.last();
+        QVERIFY2((lcBox.title + QStringLiteral(": ") + lcBox.text).startsWith(box), qPrintable(lcBox.text));
+        QCOMPARE(lcBox.icon, box.contains(QLatin1String("ERROR")) ? MsgIcon::Critical : MsgIcon::None);
+        QCOMPARE(lcBox.buttons, MsgButtons::OK);
+        // a ticked box with no file still greets the display before the files are checked
+        const bool lbTalked = !box.contains(QLatin1String("Please select"));
+        QCOMPARE(w.rig.display.Requests().size() > llRequests, lbTalked);
+        if (lbTalked) {
+            QVERIFY(!lcDuring.isEmpty());
+            QVERIFY(!lcDuring.contains(true));
+        }
+        QVERIFY(lcExit->isEnabled() && lcTick->isEnabled());
+        QVERIFY(!w.app().CommunicationIsRunning());
+    }
+    void selectButtons_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("textBox");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("filter");
+        QTest::newRow("SSL") << "FileSSL" << "txtUpdateDbSSL" << 1 << "SSL file(*.ssl)|*.ssl";
+        QTest::newRow("SFL") << "FileSFL" << "txtUpdateDbSFL" << 2 << "SFL file(*.sfl)|*.sfl";
+        QTest::newRow("USL") << "FileUSL" << "txtUpdateDbUSL" << 3 << "USL file(*.usl)|*.usl";
+        QTest::newRow("UFL") << "FileUFL" << "txtUpdateDbUFL" << 4 << "UFL file(*.ufl)|*.ufl";
+        QTest::newRow("KVT_CC") << "KVTCC" << "txtSelectKVTCC" << 0 << "KVT file(*.kvt)|*.kvt";
+        QTest::newRow("KVT_SA") << "KVTSA" << "txtSelectKVTSA" << 10 << "KVT file(*.kvt_sa)|*.kvt_sa";
+        QTest::newRow("KVT_SND") << "KVTSND" << "txtSelectKVTSND" << 12 << "KVT file(*.kvt_snd)|*.kvt_snd";
+        QTest::newRow("KVT_MD") << "KVTMD" << "txtSelectKVTMD" << 11 << "KVT file(*.kvt_md)|*.kvt_md";
+    }
+    // Each Select button opens the dialog with its type's filter in the last
+    // file's directory and chooses the file of its own row and nothing else; a cancel changes nothing.
+    void selectButtons()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, textBox);
+        QFETCH(int, index);
+        QFETCH(QString, filter);
+        WindowRig w(0);
+        w.app().Settings().SetLastFilenames(qint16(index), w.rig.t.Home() + QStringLiteral("old.file"));
+        w.Show();
+        w.Click(QStringLiteral("cmdSelect") + type);
+        QCOMPARE(w.rig.t.dialogs.dialogFilters, QStringList{filter});
+        QCOMPARE(w.rig.t.dialogs.dialogInitDirs, QStringList{w.rig.t.Home()});
+        QCOMPARE(w.Find<QLineEdit>(textBox)->text(), w.rig.t.Home() + QStringLiteral("old.file"));
+        w.rig.t.dialogs.fileNames << QStringLiteral("/new/one");
+        w.Click(QStringLiteral("cmdSelect") + type);
+        QCOMPARE(w.Find<QLineEdit>(textBox)->text(), QStringLiteral("/new/one"));
+        QCOMPARE(w.app().Settings().LastFilenames(qint16(index)), QStringLiteral("/new/one"));
+        int llChanged = 0;
+        for (QLineEdit* lcBox : w.window.findChildren<QLineEdit*>())
+            llChanged += lcBox->text() == QLatin1String("/new/one");
+        QCOMPARE(llChanged, 1);
+    }
+    void stopFirmwareOnClose_data()
+    {
+        QTest::addColumn<MsgResult>("answer");
+        QTest::addColumn<bool>("closed");
+        QTest::newRow("Yes stops the update and closes") << MsgResult::Yes << true;
+        QTest::newRow("No lets it run") << MsgResult::No << false;
+    }
+    // The unit stays silent, so the stream would run for ever: only the user's
+    // Yes (or, after No, the test itself) stops it.
+    void stopFirmwareOnClose()
+    {
+        QFETCH(MsgResult, answer);
+        QFETCH(bool, closed);
+        WindowRig w(0);
+        w.Show();
+        const QString lsFile = w.rig.t.Home() + QStringLiteral("fw.kvt_md");
+        WriteAll(lsFile, clsSimSamples::FirmwareFile(300));
+        w.app().Settings().SetLastFilenames(11, lsFile);
+        w.app().ShowLastUploadFiles();
+        w.rig.bootloader.SetSilentLines(1000000);
+        w.rig.t.dialogs.answers << answer;
+        w.rig.clock->ScheduleIn(50000, [&]() { w.window.close(); });
+        w.rig.clock->ScheduleIn(200000, [&]() { w.app().RequestCancel(); });
+        w.Click(QStringLiteral("cmdInstallKVTMemoryDisplay"));
+        QCoreApplication::processEvents();
+        QCOMPARE(w.rig.t.dialogs.boxes.size(), 2);
+        QCOMPARE(w.rig.t.dialogs.boxes[0].text, QStringLiteral("The Memory Display firmware is being updated.\r\nStop the update?"));
+        QCOMPARE(w.rig.t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
+        QVERIFY(w.rig.t.dialogs.boxes[1].text.startsWith(QStringLiteral("Firmware update stopped")));
+        const quint32 llStopped = closed ? 50000 : 200000;
+        QVERIFY2(w.rig.clock->timeGetTime() >= llStopped && w.rig.clock->timeGetTime() < llStopped + 10000,
+                 qPrintable(QString::number(w.rig.clock->timeGetTime())));
+        QCOMPARE(w.window.isVisible(), !closed);
+    }
+    void gridFilter_data()
+    {
+        QTest::addColumn<QStringList>("boxes");
+        QTest::addColumn<QList<int>>("types");
+        QTest::newRow("all cleared: header only") << QStringList{} << QList<int>{};
+        QTest::newRow("Route log") << QStringList{"cheRitRegistratie"} << QList<int>{2};
+        QTest::newRow("PoliceCheck: radar and spot") << QStringList{"chePoliceCheck"} << QList<int>{3, 4};
+        QTest::newRow("Tank stop and PoliceCheck TC") << QStringList{"cheRitRegistratieTankstop", "chePoliceCheckTc"}
+                                                      << QList<int>{7, 5};
+        QTest::newRow("DBG route") << QStringList{"cheDebugRoute"} << QList<int>{6};
+        QTest::newRow("DBG kmCo") << QStringList{"cheDebugKmCorrection"} << QList<int>{8};
+        QTest::newRow("every box") << QStringList{"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
+                                                  "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"}
+                                   << QList<int>{2, 3, 4, 5, 6, 7, 8};
+    }
+    // The rows are the valid records of the ticked kinds in record order, each once.
+    void gridFilter()
+    {
+        QFETCH(QStringList, boxes);
+        QFETCH(QList<int>, types);
+        if (!mcFilterRig) {
+            mcFilterRig = std::make_unique<WindowRig>(8);
+            mcFilterRig->Show();
+            mcFilterRig->Click(QStringLiteral("cmdDownload"));
+        }
+        WindowRig& w = *mcFilterRig;
+        const QStringList lcAll = {"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
+                                   "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"};
+        for (const QString& lsBox : lcAll) {
+            if (w.Find<QCheckBox>(lsBox)->isChecked() != boxes.contains(lsBox))
+                w.Click(lsBox);
+        }
+        QStringList lcExpected;
+        clsRecordCollection& lcRecords = w.app().Records();
+        for (int i = 1; i <= lcRecords.Count(); ++i) {
+            clsHalvexRecord& lcRecord = lcRecords.Item(i);
+            if (lcRecord.IsValid() && types.contains(lcRecord.RecordType()))
+                lcExpected << lcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), false);
+        }
+        QAbstractItemModel* lcModel = w.Find<QTableView>(QStringLiteral("flexGrid"))->model();
+        QStringList lcShown;
+        for (int r = 0; r < lcModel->rowCount(); ++r) {
+            QStringList lcCells;
+            for (int c = 0; c < lcModel->columnCount(); ++c)
+                lcCells << lcModel->index(r, c).data().toString();
+            lcShown << lcCells.join(QLatin1Char('\t'));
+        }
+        QCOMPARE(lcShown, lcExpected);
+        QVERIFY(types.isEmpty() || !lcExpected.isEmpty());
+        // The widths come from a sample of the rows, which holds the header, the first and the last row.
+        auto* lcGrid = w.Find<QTableView>(QStringLiteral("flexGrid"));
+        for (int c = 0; c < lcModel->columnCount(); ++c) {
+            QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->horizontalHeader()->fontMetrics().horizontalAdvance(
+                                                    lcModel->headerData(c, Qt::Horizontal).toString()));
+            for (const QString& lsRow : {lcShown.value(0), lcShown.value(lcShown.size() - 1)})
+                QCOMPARE_GE(lcGrid->columnWidth(c), lcGrid->fontMetrics().horizontalAdvance(lsRow.section('\t', c, c)));
+        }
+    }
+    void placeholders_data()
+    {
+        QTest::addColumn<QString>("control");
+        for (const char* lcName : {"cmdExportRouteAndPoliceToExcel", "cmdExportToExcelStopAndFalseList",
+                                   "cmdRetreiveSpotAndFalseList", "cmdSaveSpotAndFalseList"})
+            QTest::newRow(lcName) << QString::fromLatin1(lcName);
+    }
+    void placeholders()
+    {
+        QFETCH(QString, control);
+        WindowRig w(0);
+        w.Show();
+        w.app().SetDataSaved(false);
+        const int llRows = w.window.GridModel().rowCount();
+        const int llRequests = w.rig.display.Requests().size();
+        w.Click(control);
+        QCOMPARE(w.rig.t.dialogs.boxes.size(), 1);
+        QCOMPARE(w.rig.t.dialogs.boxes.first().text, QStringLiteral("Functionality not implemented"));
+        QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
+        QCOMPARE(w.window.GridModel().rowCount(), llRows);
+        QCOMPARE(w.rig.display.Requests().size(), llRequests);
+        QVERIFY(!w.app().DataSaved());
+    }
+    void quitQuestion_data()
+    {
+        QTest::addColumn<bool>("copied");
+        QTest::addColumn<QList<MsgResult>>("answers");
+        QTest::addColumn<bool>("closed");
+        QTest::newRow("unsaved, No keeps everything") << true << QList<MsgResult>{MsgResult::No} << false;
+        QTest::newRow("unsaved, Yes quits") << true << QList<MsgResult>{MsgResult::Yes} << true;
+        QTest::newRow("nothing unsaved: no question") << false << QList<MsgResult>{} << true;
+    }
+    void quitQuestion()
+    {
+        QFETCH(bool, copied);
+        QFETCH(QList<MsgResult>, answers);
+        QFETCH(bool, closed);
+        WindowRig w;
+        w.Show();
+        if (copied)
+            w.Click(QStringLiteral("cmdDownload"));
+        const int llRows = w.window.GridModel().rowCount();
+        for (MsgResult lcAnswer : answers)
+            w.rig.t.dialogs.answers << lcAnswer;
+        w.Click(QStringLiteral("cmdExit"));
+        QCOMPARE(w.rig.t.dialogs.boxes.size(), answers.size());
+        if (!answers.isEmpty()) {
+            QCOMPARE(w.rig.t.dialogs.boxes.first().text,
+                     QStringLiteral("Information is not saved.\r\nAre you sure you want to quite?"));
+            QCOMPARE(w.rig.t.dialogs.boxes.first().buttons, MsgButtons::YesNo);
+            QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
+        }
+        QCOMPARE(w.window.isVisible(), !closed);
+        QCOMPARE(w.app().DataSaved(), closed);
+        QCOMPARE(w.window.GridModel().rowCount(), llRows);
+    }
+    // A display plugged in during a Copy is greeted only after the Copy.
+    void noDetectionDuringOperation()
+    {
+        WindowRig w;
+        w.app().Start([&]() {
+            w.Show();
+            w.rig.clock->Advance(900);
+            w.rig.display.SetJustConnected(true);
+            w.Click(QStringLiteral("cmdDownload"));
+            QVERIFY(!w.rig.Funcs().contains(0xD0));
+            QVERIFY2(w.rig.clock->timeGetTime() > 1000, qPrintable(QString::number(w.rig.clock->timeGetTime())));
+            w.rig.clock->Advance(1100);
+            QCOMPARE(w.rig.display.ScreenText().value(0), QStringLiteral("Connected to"));
+        });
+    }
+    void about_data()
+    {
+        QTest::addColumn<QList<int>>("version");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("1.2.31") << QList<int>{1, 2, 31} << "Version: 1.2.31";
+        QTest::newRow("revision 0 shown") << QList<int>{2, 0, 0} << "Version: 2.0.0";
+    }
+    void about()
+    {
+        QFETCH(QList<int>, version);
+        QFETCH(QString, text);
+        QCOMPARE(frmAbout::VersionText(version.at(0), version.at(1), version.at(2)), text);
+        frmAbout lcAbout;
+        QCOMPARE(lcAbout.windowTitle(), QStringLiteral("Corvane Desktop"));
+        QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblTxtKVTDesktop"))->text(), QStringLiteral("Corvane Desktop"));
+        QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblVersion"))->text(),
+                 QStringLiteral("Version: ") + clsApplication::VersionString());
+        auto* lcOk = lcAbout.findChild<QPushButton*>(QStringLiteral("cmdOk"));
+        QCOMPARE(lcOk->text(), QStringLiteral("&Ok"));
+        lcAbout.show();
+        lcOk->click();
+        QVERIFY(!lcAbout.isVisible());
+    }
+    void portDialog()
+    {
+        const QList<IRegistry::SerialDevice> lcDevices = {
+            {QStringLiteral("/dev/ttyS0"), QStringLiteral("built-in"), false, 0, 0},
+            {QStringLiteral("/dev/ttyUSB0"), QStringLiteral("FT232R"), true, 0x0403, 0xE990},
+            {QStringLiteral("COM4"), QString(), false, 0, 0},
+        };
+        frmSelectComPort lcDialog(lcDevices);
+        QCOMPARE(lcDialog.windowTitle(), QStringLiteral("Setup Com-Port"));
+        auto* lcList = lcDialog.findChild<QComboBox*>(QStringLiteral("cboComport"));
+        QStringList lcEntries;
+        for (int i = 0; i < lcList->count(); ++i)
+            lcEntries << lcList->itemText(i);
+        QCOMPARE(lcEntries, (QStringList{"Com1", "Com2", "Com3", "Com4", "Com5", "Com6", "Com7", "Com8", "Com9",
+                                         "/dev/ttyS0  (built-in)", "/dev/ttyUSB0  (KVT USB interface)"}));
+        lcDialog.SetComport(QStringLiteral("3"));
+        QCOMPARE(lcList->currentText(), QStringLiteral("Com3"));
+        QCOMPARE(lcDialog.GetComport(), QStringLiteral("3"));
+        lcDialog.SetComport(QStringLiteral("/dev/ttyUSB0"));
+        QCOMPARE(lcDialog.GetComport(), QStringLiteral("/dev/ttyUSB0"));
+        lcDialog.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
+        QVERIFY(!lcDialog.OkPressed());
+        lcDialog.findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
+        QVERIFY(lcDialog.OkPressed());
+    }
 
 private:
     // One download serves every row of the filter table.
     std::unique_ptr<WindowRig> mcFilterRig;
 };
-
-void tst_frmMain::controls_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("caption");
-
-    const QList<QPair<const char*, const char*>> lcControls = {
-        {"Frame5", "Logging selection"},
-        {"cheRitRegistratie", "Route log"},
-        {"chePoliceCheck", "PoliceCheck"},
-        {"cheRitRegistratieTankstop", "Tank stop"},
-        {"chePoliceCheckTc", "PoliceCheck TC"},
-        {"cmdSaveRouteAndPoliceTable", "&Save"},
-        {"cmdClearRouteAndPoliceTable", "Clear &Log"},
-        {"cmdExportRouteAndPoliceToExcel", "E&xport"},
-        {"Frame1", "KVT Memory Display Data"},
-        {"cheShowRoute", "Show route"},
-        {"cheDebugRoute", "DBG route"},
-        {"cheDebugKmCorrection", "DBG kmCo"},
-        {"cmdClearFlash", "&Clear Display"},
-        {"cmdDownload", "C&opy"},
-        {"flexGrid", ""},
-        {"lblClearFlash", "Clear KVT Memory Display's Route Logging and PoliceCheck data"},
-        {"lblDownload", "Copy Route Logging and PoliceCheck data from the KVT Memory Display to Corvane Desktop"},
-        {"lblSave", "Save Route Logging and PoliceCheck data"},
-        {"lblClearLog", "Clear all Route Logging and PoliceCheck data"},
-        {"lblExport", "Export upper table to Excel file for working with it in Excel."},
-        {"Frame3", "KVT Memory Display Data"},
-        {"chkSelectFileSSL", "Select new Corvane SpotList for the KVT"},
-        {"chkSelectFileSFL", "Select new Corvane FalseList for the KVT"},
-        {"chkSelectFileUSL", "Select new User SpotList for the KVT"},
-        {"chkSelectFileUFL", "Select new User FalseList for the KVT"},
-        {"txtUpdateDbSSL", ""}, {"txtUpdateDbSFL", ""}, {"txtUpdateDbUSL", ""}, {"txtUpdateDbUFL", ""},
-        {"cmdSelectFileSSL", "&Select"}, {"cmdSelectFileSFL", "&Select"},
-        {"cmdSelectFileUSL", "&Select"}, {"cmdSelectFileUFL", "&Select"},
-        {"cmdClearKvtDisplay", "&Clear Display"},
-        {"cmdUploadDatabases", "&Upload"},
-        {"lblUploadDatabases", "Upload SpotList and FalseList data to the KVT Memory Display"},
-        {"lblClearKvtDisplay", "Clear KVT Memory Display's SpotList and FalseList data"},
-        {"fraOperatingSystem", "Corvane Operating System"},
-        {"chkSelectKVTCC", "Select new Corvane Operating System for the KVT"},
-        {"chkSelectKVTSA", "Select new KVT Spectrum Analyser Firmware"},
-        {"chkSelectKVTSND", "Select new sounds for the KVT"},
-        {"txtSelectKVTCC", ""}, {"txtSelectKVTSA", ""}, {"txtSelectKVTSND", ""},
-        {"cmdSelectKVTCC", "&Select"}, {"cmdSelectKVTSA", "&Select"}, {"cmdSelectKVTSND", "&Select"},
-        {"cmdInstallKVTSoftware", "&Upload"},
-        {"lblInstallKVTSoftware", "Upload selected software to the KVT Memory Display"},
-        {"Frame4", "Memory Display"},
-        {"txtMdWarning", "Don't disconnect the Memory Display while downloading firmware. \n\nPLEASE WAIT !!\n"},
-        {"txtSelectKVTMD", ""},
-        {"cmdSelectKVTMD", "&Select"},
-        {"cmdInstallKVTMemoryDisplay", "&Update"},
-        {"ProgressBarDownload", ""},
-        {"lblInstallKVTMemoryDisplay", "Update KVT Memory Display"},
-        {"lblSelectKVTMD", "Select new KVT Memory Display Firmware"},
-        {"Frame2", "KVT Memory Display Data"},
-        {"cmdRetreiveSpotAndFalseList", "C&opy"},
-        {"cmdClearSpotAndFalseList", "&Clear Display"},
-        {"cmdExportToExcelStopAndFalseList", "E&xport"},
-        {"cmdClearStopandFalseTable", "Clear &Data"},
-        {"cmdSaveSpotAndFalseList", "&Save"},
-        {"MSFlexGrid1", ""},
-        {"lblSpotAndFalseList", "SpotList and FalseList data:"},
-        {"pBarBig", ""}, {"pBarSmall", ""}, {"stsStatus", ""},
-        {"cmdExit", "&Exit"},
-        {"lblExit", "Exit Corvane Desktop application"},
-        {"mnu_File", "&File"}, {"mnu_Exit", "E&xit"},
-        {"mnu_Setup", "Set up"}, {"mnu_MainCom", "Comport"},
-        {"mnu_Help", "Help"}, {"mnu_About", "About"},
-    };
-    for (const auto& lcControl : lcControls)
-        QTest::newRow(lcControl.first) << QString::fromLatin1(lcControl.first) << QString::fromUtf8(lcControl.second);
-}
-
-void tst_frmMain::controls()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, caption);
-
-    frmMain lcWindow;
-    const QList<QObject*> lcFound = lcWindow.findChildren<QObject*>(name);
-    QCOMPARE(lcFound.size(), 1);
-    QCOMPARE(Caption(lcFound.first()), caption);
-}
-
-// The documented access keys are Alt and the letter after "&": "C&opy" is Alt+O.
-void tst_frmMain::firstActivation()
-{
-    WindowRig w;
-    w.app().Settings().SetLastFilenames(1, QStringLiteral("/data/spots.ssl"));
-    w.app().Settings().SetLastFilenames(12, QStringLiteral("/data/sounds.kvt_snd"));
-    QCOMPARE(w.window.windowTitle(), QStringLiteral("KVT Desktop"));
-    w.Show();
-    QCOMPARE(w.window.windowTitle(), QStringLiteral("Corvane Desktop"));
-
-    auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"));
-    QStringList lcCaptions, lcKeys, lcPages;
-    for (int i = 0; i < lcTabs->count(); ++i) {
-        lcCaptions << lcTabs->tabText(i);
-        lcKeys << w.window.TabKey(i);
-        lcPages << lcTabs->widget(i)->objectName();
-    }
-    QCOMPARE(lcCaptions, (QStringList{"Get Route Logging and PoliceCheck", "Update Display",
-                                      "Update Corvane Operating System", "Update SpotList"}));
-    QCOMPARE(lcKeys, (QStringList{"1A", "4A", "3A", "2A"}));
-    for (int i = 0; i < lcKeys.size(); ++i)
-        QCOMPARE(lcPages.at(i), QStringLiteral("pctShifting_") + lcKeys.at(i).left(1));
-    QCOMPARE(lcTabs->currentIndex(), 0);
-    QVERIFY(!w.Find<QWidget>(QStringLiteral("pctShifting_5"))->isVisible());
-    QVERIFY(lcTabs->indexOf(w.Find<QWidget>(QStringLiteral("pctShifting_5"))) < 0);
-
-    QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->rowCount() + 1, 14);
-    QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->columnCount(), 21);
-    QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtUpdateDbSSL"))->text(), QStringLiteral("/data/spots.ssl"));
-    QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtSelectKVTSND"))->text(), QStringLiteral("/data/sounds.kvt_snd"));
-    QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdDownload"))->text()),
-             QKeySequence(Qt::ALT | Qt::Key_O));
-    QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdClearRouteAndPoliceTable"))->text()),
-             QKeySequence(Qt::ALT | Qt::Key_L));
-}
-
-void tst_frmMain::frame_data()
-{
-    QTest::addColumn<QString>("control");
-    QTest::addColumn<bool>("silent");
-    QTest::addColumn<QList<MsgResult>>("answers");
-    QTest::addColumn<QString>("status");
-
-    QTest::newRow("Copy") << "cmdDownload" << false << QList<MsgResult>{} << "Copied";
-    QTest::newRow("Copy, display silent, cancelled") << "cmdDownload" << true << QList<MsgResult>{MsgResult::Cancel}
-                                                     << "Action cancelled by user.";
-    QTest::newRow("Route log box") << "cheRitRegistratie" << false << QList<MsgResult>{} << "Copied";
-    QTest::newRow("DBG kmCo box") << "cheDebugKmCorrection" << false << QList<MsgResult>{} << "Copied";
-    QTest::newRow("Show route") << "cheShowRoute" << false << QList<MsgResult>{} << "Copied";
-    QTest::newRow("Clear Log") << "cmdClearRouteAndPoliceTable" << false << QList<MsgResult>{MsgResult::Yes} << "";
-}
-
-// Disabled while the operation works (sampled at every status change),
-// enabled after it, also after an error.
-void tst_frmMain::frame()
-{
-    QFETCH(QString, control);
-    QFETCH(bool, silent);
-    QFETCH(QList<MsgResult>, answers);
-    QFETCH(QString, status);
-
-    WindowRig w;
-    w.Show();
-    auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
-    auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar();
-    auto* lcFile = w.Find<QMenu>(QStringLiteral("mnu_File"));
-    auto* lcBox = w.Find<QCheckBox>(QStringLiteral("chePoliceCheck"));
-    QList<bool> lcDuring;
-    const auto lcSample = [&]() {
-        if (w.app().CommunicationIsRunning())
-            lcDuring << (lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled()
-                     || lcBox->isEnabled());
-    };
-    connect(&w.app(), &clsApplication::StatusShown, this, lcSample);
-    connect(&w.window.GridModel(), &QAbstractItemModel::modelReset, this, lcSample);
-    if (silent) {
-        clsSimFaults lcFaults;
-        lcFaults.SilentFromRequest = 1;
-        w.rig.display.SetFaults(lcFaults);
-    }
-    for (MsgResult lcAnswer : answers)
-        w.rig.t.dialogs.answers << lcAnswer;
-    w.Click(control);
-    QVERIFY(!lcDuring.isEmpty());
-    QVERIFY(!lcDuring.contains(true));
-    QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
-    QVERIFY2(status.isEmpty() || w.StatusLine().startsWith(status), qPrintable(w.StatusLine()));
-    QVERIFY(!w.app().CommunicationIsRunning());
-}
-
-void tst_frmMain::uploadPages_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QStringList>("clicks");
-    QTest::addColumn<QString>("file"); // the file every clicked box's setting names; "" none chosen
-    QTest::addColumn<QString>("box");
-
-    const QString lsNothing = QStringLiteral("KVT Upload: Please select one or more items to upload");
-    const QString lsDone = QStringLiteral("KVT Upload: Upload successfully completed");
-    QTest::newRow("databases, nothing ticked") << "cmdUploadDatabases" << QStringList{} << "" << lsNothing;
-    QTest::newRow("databases, ticked then cleared")
-        << "cmdUploadDatabases" << QStringList{"chkSelectFileSFL", "chkSelectFileSFL"} << "" << lsNothing;
-    QTest::newRow("software, only a database ticked")
-        << "cmdInstallKVTSoftware" << QStringList{"chkSelectFileSSL"} << "" << lsNothing;
-    QTest::newRow("databases, ticked, no file chosen")
-        << "cmdUploadDatabases" << QStringList{"chkSelectFileUSL"} << ""
-        << "KVT Upload ERROR: ERROR: Upload Failed: ";
-    QTest::newRow("databases, SpotList") << "cmdUploadDatabases" << QStringList{"chkSelectFileSSL"} << "a.ssl"
-                                         << lsDone;
-    QTest::newRow("databases, User FalseList") << "cmdUploadDatabases" << QStringList{"chkSelectFileUFL"} << "a.ufl"
-                                               << lsDone;
-    QTest::newRow("software, sounds and analyser")
-        << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTSND", "chkSelectKVTSA"} << "a.kvt" << lsDone;
-    QTest::newRow("software, operating system") << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTCC"} << "a.kvt"
-                                                << lsDone;
-}
-
-// The tick boxes reach the upload the button starts; the window is off while
-// the upload talks to the display and on again after it.
-void tst_frmMain::uploadPages()
-{
-    QFETCH(QString, button);
-    QFETCH(QStringList, clicks);
-    QFETCH(QString, file);
-    QFETCH(QString, box);
-
-    WindowRig w(0);
-    w.rig.display.SetGeometry(0, 8, 8, 64);
-    w.Show();
-    if (!file.isEmpty()) {
-        const QString lsPath = w.rig.t.Home() + file;
-        QByteArray lcData;
-        for (int i = 0; i < 100; ++i)
-            lcData.append(char(1 + i * 7 % 250));
-        WriteAll(lsPath, lcData);
-        // only the clicked rows name the file: a box wired to another row fails the upload
-        const QMap<QString, qint16> lcIndex = {{"chkSelectKVTCC", 0},  {"chkSelectFileSSL", 1}, {"chkSelectFileSFL", 2},
-                                               {"chkSelectFileUSL", 3}, {"chkSelectFileUFL", 4}, {"chkSelectKVTSA", 10},
-                                               {"chkSelectKVTSND", 12}};
-        for (const QString& lsBox : clicks)
-            w.app().Settings().SetLastFilenames(lcIndex.value(lsBox), lsPath);
-    }
-    for (const QString& lsBox : clicks)
-        w.Click(lsBox);
-    auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
-    auto* lcTick = w.Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"));
-    QList<bool> lcDuring;
-    connect(&w.app(), &clsApplication::StatusShown, this, [&]() {
-        if (w.app().CommunicationIsRunning())
-            lcDuring << (lcExit->isEnabled() || lcTick->isEnabled());
-    });
-    const int llRequests = w.rig.display.Requests().size();
-    w.Click(button);
-    QVERIFY(!w.rig.t.dialogs.boxes.isEmpty());
-    const FakeUserDialogs::Box& lcBox = w.rig.t.dialogs.boxes.last();
-    QVERIFY2((lcBox.title + QStringLiteral(": ") + lcBox.text).startsWith(box), qPrintable(lcBox.text));
-    // a ticked box with no file still greets the display before the files are checked
-    const bool lbTalked = !box.contains(QLatin1String("Please select"));
-    QCOMPARE(w.rig.display.Requests().size() > llRequests, lbTalked);
-    if (lbTalked) {
-        QVERIFY(!lcDuring.isEmpty());
-        QVERIFY(!lcDuring.contains(true));
-    }
-    QVERIFY(lcExit->isEnabled() && lcTick->isEnabled());
-    QVERIFY(!w.app().CommunicationIsRunning());
-}
-
-void tst_frmMain::selectButtons_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("textBox");
-    QTest::addColumn<int>("index");
-    QTest::newRow("SSL") << "cmdSelectFileSSL" << "txtUpdateDbSSL" << 1;
-    QTest::newRow("SFL") << "cmdSelectFileSFL" << "txtUpdateDbSFL" << 2;
-    QTest::newRow("USL") << "cmdSelectFileUSL" << "txtUpdateDbUSL" << 3;
-    QTest::newRow("UFL") << "cmdSelectFileUFL" << "txtUpdateDbUFL" << 4;
-    QTest::newRow("KVT_CC") << "cmdSelectKVTCC" << "txtSelectKVTCC" << 0;
-    QTest::newRow("KVT_SA") << "cmdSelectKVTSA" << "txtSelectKVTSA" << 10;
-    QTest::newRow("KVT_SND") << "cmdSelectKVTSND" << "txtSelectKVTSND" << 12;
-    QTest::newRow("KVT_MD") << "cmdSelectKVTMD" << "txtSelectKVTMD" << 11;
-}
-
-// Each Select button chooses the file of its own row and nothing else.
-void tst_frmMain::selectButtons()
-{
-    QFETCH(QString, button);
-    QFETCH(QString, textBox);
-    QFETCH(int, index);
-
-    WindowRig w(0);
-    w.Show();
-    w.rig.t.dialogs.fileNames << QStringLiteral("/new/one");
-    w.Click(button);
-    QCOMPARE(w.Find<QLineEdit>(textBox)->text(), QStringLiteral("/new/one"));
-    QCOMPARE(w.app().Settings().LastFilenames(qint16(index)), QStringLiteral("/new/one"));
-    int llChanged = 0;
-    for (QLineEdit* lcBox : w.window.findChildren<QLineEdit*>())
-        llChanged += lcBox->text() == QLatin1String("/new/one");
-    QCOMPARE(llChanged, 1);
-}
-
-void tst_frmMain::stopFirmwareOnClose_data()
-{
-    QTest::addColumn<MsgResult>("answer");
-    QTest::addColumn<bool>("closed");
-    QTest::newRow("Yes stops the update and closes") << MsgResult::Yes << true;
-    QTest::newRow("No lets it run") << MsgResult::No << false;
-}
-
-// The unit stays silent, so the stream would run for ever: only the user's
-// Yes (or, after No, the test itself) stops it.
-void tst_frmMain::stopFirmwareOnClose()
-{
-    QFETCH(MsgResult, answer);
-    QFETCH(bool, closed);
-
-    WindowRig w(0);
-    w.Show();
-    const QString lsFile = w.rig.t.Home() + QStringLiteral("fw.kvt_md");
-    WriteAll(lsFile, clsSimSamples::FirmwareFile(300));
-    w.app().Settings().SetLastFilenames(11, lsFile);
-    w.app().ShowLastUploadFiles();
-    w.rig.bootloader.SetSilentLines(1000000);
-    w.rig.t.dialogs.answers << answer;
-    w.rig.clock->ScheduleIn(50000, [&]() { w.window.close(); });
-    w.rig.clock->ScheduleIn(200000, [&]() { w.app().RequestCancel(); });
-    w.Click(QStringLiteral("cmdInstallKVTMemoryDisplay"));
-    QCoreApplication::processEvents();
-    QCOMPARE(w.rig.t.dialogs.boxes.size(), 2);
-    QCOMPARE(w.rig.t.dialogs.boxes[0].text, QStringLiteral("The Memory Display firmware is being updated.\r\nStop the update?"));
-    QCOMPARE(w.rig.t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
-    QVERIFY(w.rig.t.dialogs.boxes[1].text.startsWith(QStringLiteral("Firmware update stopped")));
-    const quint32 llStopped = closed ? 50000 : 200000;
-    QVERIFY2(w.rig.clock->timeGetTime() >= llStopped && w.rig.clock->timeGetTime() < llStopped + 10000,
-             qPrintable(QString::number(w.rig.clock->timeGetTime())));
-    QCOMPARE(w.window.isVisible(), !closed);
-}
-
-void tst_frmMain::gridFilter_data()
-{
-    QTest::addColumn<QStringList>("boxes");
-    QTest::addColumn<QList<int>>("types");
-
-    QTest::newRow("all cleared: header only") << QStringList{} << QList<int>{};
-    QTest::newRow("Route log") << QStringList{"cheRitRegistratie"} << QList<int>{2};
-    QTest::newRow("PoliceCheck: radar and spot") << QStringList{"chePoliceCheck"} << QList<int>{3, 4};
-    QTest::newRow("Tank stop and PoliceCheck TC") << QStringList{"cheRitRegistratieTankstop", "chePoliceCheckTc"}
-                                                  << QList<int>{7, 5};
-    QTest::newRow("DBG route") << QStringList{"cheDebugRoute"} << QList<int>{6};
-    QTest::newRow("every box") << QStringList{"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
-                                              "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"}
-                               << QList<int>{2, 3, 4, 5, 6, 7, 8};
-}
-
-// The rows are the valid records of the ticked kinds in record order, each once.
-void tst_frmMain::gridFilter()
-{
-    QFETCH(QStringList, boxes);
-    QFETCH(QList<int>, types);
-
-    if (!mcFilterRig) {
-        mcFilterRig = std::make_unique<WindowRig>(8);
-        mcFilterRig->Show();
-        mcFilterRig->Click(QStringLiteral("cmdDownload"));
-    }
-    WindowRig& w = *mcFilterRig;
-    const QStringList lcAll = {"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
-                               "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"};
-    for (const QString& lsBox : lcAll) {
-        if (w.Find<QCheckBox>(lsBox)->isChecked() != boxes.contains(lsBox))
-            w.Click(lsBox);
-    }
-    QStringList lcExpected;
-    clsRecordCollection& lcRecords = w.app().Records();
-    for (int i = 1; i <= lcRecords.Count(); ++i) {
-        clsHalvexRecord& lcRecord = lcRecords.Item(i);
-        if (lcRecord.IsValid() && types.contains(lcRecord.RecordType()))
-            lcExpected << lcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), false);
-    }
-    QAbstractItemModel* lcModel = w.Find<QTableView>(QStringLiteral("flexGrid"))->model();
-    QStringList lcShown;
-    for (int r = 0; r < lcModel->rowCount(); ++r) {
-        QStringList lcCells;
-        for (int c = 0; c < lcModel->columnCount(); ++c)
-            lcCells << lcModel->index(r, c).data().toString();
-        lcShown << lcCells.join(QLatin1Char('\t'));
-    }
-    QCOMPARE(lcShown, lcExpected);
-    QVERIFY(types.isEmpty() || !lcExpected.isEmpty());
-}
-
-void tst_frmMain::placeholders_data()
-{
-    QTest::addColumn<QString>("control");
-    for (const char* lcName : {"cmdExportRouteAndPoliceToExcel", "cmdExportToExcelStopAndFalseList",
-                               "cmdRetreiveSpotAndFalseList", "cmdSaveSpotAndFalseList"})
-        QTest::newRow(lcName) << QString::fromLatin1(lcName);
-}
-
-void tst_frmMain::placeholders()
-{
-    QFETCH(QString, control);
-
-    WindowRig w(0);
-    w.Show();
-    w.app().SetDataSaved(false);
-    const int llRows = w.window.GridModel().rowCount();
-    const int llRequests = w.rig.display.Requests().size();
-    w.Click(control);
-    QCOMPARE(w.rig.t.dialogs.boxes.size(), 1);
-    QCOMPARE(w.rig.t.dialogs.boxes.first().text, QStringLiteral("Functionality not implemented"));
-    QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
-    QCOMPARE(w.window.GridModel().rowCount(), llRows);
-    QCOMPARE(w.rig.display.Requests().size(), llRequests);
-    QVERIFY(!w.app().DataSaved());
-}
-
-void tst_frmMain::quitQuestion_data()
-{
-    QTest::addColumn<bool>("copied");
-    QTest::addColumn<QList<MsgResult>>("answers");
-    QTest::addColumn<bool>("closed");
-
-    QTest::newRow("unsaved, No keeps everything") << true << QList<MsgResult>{MsgResult::No} << false;
-    QTest::newRow("unsaved, Yes quits") << true << QList<MsgResult>{MsgResult::Yes} << true;
-    QTest::newRow("nothing unsaved: no question") << false << QList<MsgResult>{} << true;
-}
-
-void tst_frmMain::quitQuestion()
-{
-    QFETCH(bool, copied);
-    QFETCH(QList<MsgResult>, answers);
-    QFETCH(bool, closed);
-
-    WindowRig w;
-    w.Show();
-    if (copied)
-        w.Click(QStringLiteral("cmdDownload"));
-    const int llRows = w.window.GridModel().rowCount();
-    for (MsgResult lcAnswer : answers)
-        w.rig.t.dialogs.answers << lcAnswer;
-    w.Click(QStringLiteral("cmdExit"));
-    QCOMPARE(w.rig.t.dialogs.boxes.size(), answers.size());
-    if (!answers.isEmpty()) {
-        QCOMPARE(w.rig.t.dialogs.boxes.first().text,
-                 QStringLiteral("Information is not saved.\r\nAre you sure you want to quite?"));
-        QCOMPARE(w.rig.t.dialogs.boxes.first().buttons, MsgButtons::YesNo);
-        QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
-    }
-    QCOMPARE(w.window.isVisible(), !closed);
-    QCOMPARE(w.app().DataSaved(), closed);
-    QCOMPARE(w.window.GridModel().rowCount(), llRows);
-}
-
-// A display plugged in during a Copy is greeted only after the Copy.
-void tst_frmMain::noDetectionDuringOperation()
-{
-    WindowRig w;
-    w.app().Start([&]() {
-        w.Show();
-        w.rig.clock->Advance(900);
-        w.rig.display.SetJustConnected(true);
-        w.Click(QStringLiteral("cmdDownload"));
-        QVERIFY(!w.rig.Funcs().contains(0xD0));
-        QVERIFY2(w.rig.clock->timeGetTime() > 1000, qPrintable(QString::number(w.rig.clock->timeGetTime())));
-        w.rig.clock->Advance(1100);
-        QCOMPARE(w.rig.display.ScreenText().value(0), QStringLiteral("Connected to"));
-    });
-}
-
-void tst_frmMain::about_data()
-{
-    QTest::addColumn<QList<int>>("version");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("1.2.31") << QList<int>{1, 2, 31} << "Version: 1.2.31";
-    QTest::newRow("revision 0 shown") << QList<int>{2, 0, 0} << "Version: 2.0.0";
-}
-
-void tst_frmMain::about()
-{
-    QFETCH(QList<int>, version);
-    QFETCH(QString, text);
-
-    QCOMPARE(frmAbout::VersionText(version.at(0), version.at(1), version.at(2)), text);
-    frmAbout lcAbout;
-    QCOMPARE(lcAbout.windowTitle(), QStringLiteral("Corvane Desktop"));
-    QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblTxtKVTDesktop"))->text(), QStringLiteral("Corvane Desktop"));
-    QCOMPARE(lcAbout.findChild<QLabel*>(QStringLiteral("lblVersion"))->text(),
-             QStringLiteral("Version: ") + clsApplication::VersionString());
-    auto* lcOk = lcAbout.findChild<QPushButton*>(QStringLiteral("cmdOk"));
-    QCOMPARE(lcOk->text(), QStringLiteral("&Ok"));
-    lcAbout.show();
-    lcOk->click();
-    QVERIFY(!lcAbout.isVisible());
-}
-
-void tst_frmMain::portDialog()
-{
-    const QList<IRegistry::SerialDevice> lcDevices = {
-        {QStringLiteral("/dev/ttyS0"), QStringLiteral("built-in"), false, 0, 0},
-        {QStringLiteral("/dev/ttyUSB0"), QStringLiteral("FT232R"), true, 0x0403, 0xE990},
-        {QStringLiteral("COM4"), QString(), false, 0, 0},
-    };
-    frmSelectComPort lcDialog(lcDevices);
-    QCOMPARE(lcDialog.windowTitle(), QStringLiteral("Setup Com-Port"));
-    auto* lcList = lcDialog.findChild<QComboBox*>(QStringLiteral("cboComport"));
-    QStringList lcEntries;
-    for (int i = 0; i < lcList->count(); ++i)
-        lcEntries << lcList->itemText(i);
-    QCOMPARE(lcEntries, (QStringList{"Com1", "Com2", "Com3", "Com4", "Com5", "Com6", "Com7", "Com8", "Com9",
-                                     "/dev/ttyS0  (built-in)", "/dev/ttyUSB0  (KVT USB interface)"}));
-    lcDialog.SetComport(QStringLiteral("3"));
-    QCOMPARE(lcList->currentText(), QStringLiteral("Com3"));
-    QCOMPARE(lcDialog.GetComport(), QStringLiteral("3"));
-    lcDialog.SetComport(QStringLiteral("/dev/ttyUSB0"));
-    QCOMPARE(lcDialog.GetComport(), QStringLiteral("/dev/ttyUSB0"));
-    lcDialog.findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
-    QVERIFY(!lcDialog.OkPressed());
-    lcDialog.findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
-    QVERIFY(lcDialog.OkPressed());
-}
 
 QTEST_MAIN(tst_frmMain)
 #include "tst_frmMain.moc"

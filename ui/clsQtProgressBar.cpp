@@ -40,11 +40,16 @@ int clsQtProgressBar::Value() const
 
 // A value outside the range is what the model asked for; the control would
 // drop it, so the range is widened to hold it.
+// The control paints itself at once on every new percentage, some 25,000
+// times while a full display is decoded, which took longer than the
+// decoding; the new value is painted with the window's next events instead.
 void clsQtProgressBar::SetValue(int vlValue)
 {
     if (vlValue > mcBar->maximum())
         mcBar->setMaximum(vlValue);
     if (vlValue < mcBar->minimum())
         mcBar->setMinimum(vlValue);
+    mcBar->setUpdatesEnabled(false);
     mcBar->setValue(vlValue);
+    mcBar->setUpdatesEnabled(true);
 }

@@ -4,6 +4,9 @@
 #include "data/clsRecordCollection.h"
 #include "data/clsRecordColumns.h"
 #include "data/clsRecordSelection.h"
+#include "platform/Err.h"
+
+#include <algorithm>
 
 clsRecordTableModel::clsRecordTableModel(const clsRecordCollection& rcRecords, const clsRecordSelection& rcSelection,
                                          QObject* vcParent)
@@ -74,11 +77,17 @@ void clsRecordTableModel::FillWithBlankRows(int vlRows)
     endInsertRows();
 }
 
+// A grid of 600,000 rows is not read through before its widths matter: the
+// rows on the first and the last screens, and a good many more, stand for
+// the rest. A longer text further in is cut off in its cell.
 QStringList clsRecordTableModel::LongestTexts() const
 {
     QStringList lcLongest = mcHeader;
+    const int llRows = int(mcRows.size());
+    const int llHeadEnd = std::min(llRows, kWidthSampleRows);
+    const int llTailStart = std::max(llHeadEnd, llRows - kWidthSampleRows);
     for (int c = 0; c < mcHeader.size(); ++c) {
-        for (int llRow = 0; llRow < int(mcRows.size()); ++llRow) {
+        for (int llRow = 0; llRow < llRows; llRow = llRow + 1 == llHeadEnd ? llTailStart : llRow + 1) {
             const QString lsText = CellText(llRow, c);
             if (lsText.size() > lcLongest.at(c).size())
                 lcLongest[c] = lsText;
@@ -87,6 +96,9 @@ QStringList clsRecordTableModel::LongestTexts() const
     return lcLongest;
 }
 
+// A place cell looks its place up when first read. A search that overflows
+// was reported by the operation that filled the grid (or stopped it before
+// the rows were checked); here, while the grid is drawn, the cell stays empty.
 QString clsRecordTableModel::CellText(int vlRow, int vlColumn) const
 {
     const std::vector<clsRecordColumn>& lcColumns = RecordColumns();
@@ -94,5 +106,9 @@ QString clsRecordTableModel::CellText(int vlRow, int vlColumn) const
         return QString();
     if (vlColumn == int(lcColumns.size()) - 1 && !mcSelection.cheShowRoute)
         return QString();
-    return lcColumns[size_t(vlColumn)].Text(mcRecords.Item(mcRows[size_t(vlRow)]));
+    try {
+        return lcColumns[size_t(vlColumn)].Text(mcRecords.Item(mcRows[size_t(vlRow)]));
+    } catch (const clsRuntimeError&) {
+        return QString();
+    }
 }

@@ -32,7 +32,10 @@ public:
     // At least this many rows, blank ones below the records.
     void FillWithBlankRows(int vlRows);
     int RecordRows() const { return int(mcRows.size()); }
-    // The longest text of each column over the header and every row, in characters.
+    // Rows at each end of the grid that the column widths are taken from.
+    static constexpr int kWidthSampleRows = 300;
+    // The longest text of each column, in characters, over the header and
+    // the first and the last kWidthSampleRows rows.
     QStringList LongestTexts() const;
 
 private:

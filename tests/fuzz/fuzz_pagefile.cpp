@@ -69,6 +69,9 @@ void CheckRecords(clsRecordCollection& rcRecords)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
 {
     static Decoder scDecoder;
+    // The fake window keeps every status line and call; over a million inputs that is gigabytes.
+    scDecoder.window.statusLines.clear();
+    scDecoder.window.calls.clear();
     const QString lsPage = scDecoder.app->PageFileName(1);
     const QByteArray lcContent(reinterpret_cast<const char*>(vcData), qsizetype(vlSize));
     {

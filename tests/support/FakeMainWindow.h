@@ -22,10 +22,7 @@ public:
     void SetValue(int vlValue) override { value = vlValue; ++writes; }
 
     bool visible = false;
-    int min = 0;
-    int max = 100;
-    int value = 0;
-    int writes = 0;
+    int min = 0, max = 100, value = 0, writes = 0;
 };
 
 class FakeMainWindow : public IMainWindow
@@ -35,36 +32,35 @@ public:
     IProgressBar& ProgressBar(Bar vBar) override { return bars[int(vBar)]; }
     void EnableButtons(bool vbEnabled) override { calls << QStringLiteral("EnableButtons(%1)").arg(vbEnabled); }
     void EnableMenu(bool vbEnabled) override { calls << QStringLiteral("EnableMenu(%1)").arg(vbEnabled); }
-    void ClearGrid() override { calls << QStringLiteral("ClearGrid"); gridRows.clear(); }
+    void ClearGrid() override { Call(QStringLiteral("ClearGrid")); }
     // The rows a window reads at this moment, as it would draw them.
     void RecordsChanged() override
     {
-        calls << QStringLiteral("RecordsChanged");
-        gridRows.clear();
+        Call(QStringLiteral("RecordsChanged"));
         clsApplication& rcApp = *clsApplication::Instance();
-        const clsRecordSelection& rcSelection = rcApp.Selection();
-        for (int i = 1; i <= rcApp.Records().Count(); ++i) {
-            const clsHalvexRecord& rcRecord = rcApp.Records().Item(i);
-            if (rcSelection.Admits(rcRecord))
-                gridRows << rcRecord.GetFullStringWithDelimiter(QStringLiteral("\t"), rcSelection.cheShowRoute);
-        }
+        for (int i = 1; i <= rcApp.Records().Count(); ++i)
+            if (rcApp.Selection().Admits(rcApp.Records().Item(i)))
+                gridRows << rcApp.Records().Item(i).GetFullStringWithDelimiter(QStringLiteral("\t"), rcApp.Selection().cheShowRoute);
     }
-    void RecordsCleared() override { calls << QStringLiteral("RecordsCleared"); gridRows.clear(); }
+    void RecordsCleared() override { Call(QStringLiteral("RecordsCleared")); }
     void AutoSizeTheColumns() override { calls << QStringLiteral("AutoSizeTheColumns"); }
     QString UploadFileText(int vlIndex) const override { return uploadFiles.value(vlIndex); }
     void SetUploadFileText(int vlIndex, const QString& vsFileName) override { uploadFiles[vlIndex] = vsFileName; }
-    void SetMdWarningHighlighted(bool vbHighlighted) override
-    {
-        calls << QStringLiteral("MdWarning(%1)").arg(vbHighlighted);
-    }
+    void SetMdWarningHighlighted(bool vbOn) override { calls << QStringLiteral("MdWarning(%1)").arg(vbOn); }
     void GiveUpWork() override { calls << QStringLiteral("GiveUpWork"); }
 
     // The status text without the padding and the secondary text.
     QString LastStatus() const { return statusLines.isEmpty() ? QString() : statusLines.last().left(90).trimmed(); }
 
-    QStringList statusLines;
-    QStringList calls;
-    QStringList gridRows;
+    QStringList statusLines, calls, gridRows;
     QMap<int, QString> uploadFiles;
     FakeProgressBar bars[3];
+
+private:
+    // The grid calls start from an empty table.
+    void Call(const QString& vsCall)
+    {
+        calls << vsCall;
+        gridRows.clear();
+    }
 };
