@@ -4,7 +4,7 @@
 //
 //   build/bench/bench_sim_pty [pages] [max-data]
 
-#include "SimProcess.h"
+#include "CorvaneProcess.h"
 #include "TestApp.h"
 #include "app/clsSettings.h"
 #include "platform/QtEventLoop.h"

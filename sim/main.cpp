@@ -1,14 +1,12 @@
 // corvane-display-sim: a KVT Memory Display in software, on a pseudo-terminal
 // that the program opens as its serial port.
 
-#include "sim/clsSimDataGenerator.h"
 #include "sim/clsSimDisplay.h"
+#include "sim/clsSimOptions.h"
 #include "sim/clsSimPtyRunner.h"
 #include "sim/clsSimSamples.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QFile>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -17,9 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-// 7 bytes of frame, the status byte and the data, every zero doubled, within the host's 254-byte receive buffer.
-constexpr int kSafeMaxData = 122;
 
 int gaSignalPipe[2] = {-1, -1};
 
@@ -35,253 +30,24 @@ int Fail(const QString& vsText)
     return 1;
 }
 
-// A number option within its range; false with rsError naming the option.
-bool ReadNumber(const QCommandLineParser& vcParser, const QString& vsName, int vlMin, int vlMax, int& rlValue,
-                QString& rsError)
-{
-    if (!vcParser.isSet(vsName))
-        return true;
-    bool lbOk = false;
-    const int llValue = vcParser.value(vsName).toInt(&lbOk, 0);
-    if (!lbOk || llValue < vlMin || llValue > vlMax) {
-        rsError = QStringLiteral("--%1 %2: expected a number from %3 to %4")
-                      .arg(vsName, vcParser.value(vsName)).arg(vlMin).arg(vlMax);
-        return false;
-    }
-    rlValue = llValue;
-    return true;
-}
-
-// "12.0.34.5.6.7.8.9" (the program's way of showing an ID, trailing point optional) or 16 hex digits.
-bool ReadId(const QString& vsText, QByteArray& rcId)
-{
-    QStringList lcParts = vsText.split(QLatin1Char('.'));
-    if (lcParts.size() == 1) {
-        rcId = QByteArray::fromHex(vsText.toLatin1());
-        return vsText.size() == 16 && rcId.size() == 8 && rcId.toHex().compare(vsText.toLatin1(), Qt::CaseInsensitive) == 0;
-    }
-    if (lcParts.last().isEmpty())
-        lcParts.removeLast();
-    if (lcParts.size() != 8)
-        return false;
-    rcId.clear();
-    for (const QString& lsPart : lcParts) {
-        bool lbOk = false;
-        const int llByte = lsPart.toInt(&lbOk);
-        if (!lbOk || llByte < 0 || llByte > 255)
-            return false;
-        rcId.append(char(llByte));
-    }
-    return true;
-}
-
-// Faults of the bootloader are the simulator's own; every other name belongs to the device model.
-bool ApplyFault(const QString& vsSpec, clsSimFaults& rcFaults, clsSimBootloader& rcBootloader, QString& rsError)
-{
-    for (const QString& lsItem : vsSpec.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-        const QString lsName = lsItem.section(QLatin1Char('='), 0, 0).trimmed();
-        const QString lsValue = lsItem.section(QLatin1Char('='), 1).trimmed();
-        bool lbOk = false;
-        const int llValue = lsValue.toInt(&lbOk);
-        if (lsName == QLatin1String("nak-lines") || lsName == QLatin1String("silent-start") ||
-            lsName == QLatin1String("silent-lines") || lsName == QLatin1String("reb-at") ||
-            lsName == QLatin1String("silent-after")) {
-            if (!lbOk || llValue < 0) {
-                rsError = QStringLiteral("--fault %1: expected a whole number").arg(lsItem);
-                return false;
-            }
-            if (lsName == QLatin1String("nak-lines"))
-                rcBootloader.SetNakLines(llValue);
-            else if (lsName == QLatin1String("silent-start"))
-                rcBootloader.SetSilentOnStart(llValue != 0);
-            else if (lsName == QLatin1String("silent-lines"))
-                rcBootloader.SetSilentLines(llValue);
-            else if (lsName == QLatin1String("reb-at"))
-                rcBootloader.SetRebootAtRecord(llValue);
-            else
-                rcFaults.SilentFromRequest = llValue + 1;
-            continue;
-        }
-        QString lsError;
-        if (!rcFaults.Parse(lsItem, lsError)) {
-            rsError = QStringLiteral("--fault %1: %2").arg(lsItem, lsError);
-            return false;
-        }
-    }
-    return true;
-}
-
-bool LoadFlash(const QString& vsPath, clsSimDisplay& rcDisplay, QString& rsError)
-{
-    QFile lcFile(vsPath);
-    if (!lcFile.open(QIODevice::ReadOnly)) {
-        rsError = QStringLiteral("%1: %2").arg(vsPath, lcFile.errorString());
-        return false;
-    }
-    QByteArray lcImage = lcFile.readAll();
-    const qsizetype llSize = rcDisplay.Flash().size();
-    if (lcImage.size() > llSize) {
-        rsError = QStringLiteral("%1: %2 bytes, more than the %3 bytes of pages 0 to %4")
-                      .arg(vsPath).arg(lcImage.size()).arg(llSize).arg(rcDisplay.LastPage());
-        return false;
-    }
-    // What the image leaves out is erased flash.
-    lcImage.append(QByteArray(llSize - lcImage.size(), char(0xFF)));
-    rcDisplay.SetFlash(lcImage);
-    return true;
-}
-
-bool SaveFlash(const QString& vsPath, const clsSimDisplay& rcDisplay, QString& rsError)
-{
-    QFile lcFile(vsPath);
-    if (!lcFile.open(QIODevice::WriteOnly | QIODevice::Truncate) || lcFile.write(rcDisplay.Flash()) != rcDisplay.Flash().size()) {
-        rsError = QStringLiteral("%1: %2").arg(vsPath, lcFile.errorString());
-        return false;
-    }
-    return true;
-}
-
-bool Generate(clsSimDisplay& rcDisplay, quint32 vlSeed, int vlDays, QString& rsError)
-{
-    QByteArray lcFlash = rcDisplay.Flash();
-    const int llWritten = clsSimDataGenerator::FillLog(lcFlash, rcDisplay.FirstPage(), rcDisplay.LastPage(),
-                                                       rcDisplay.SizeOnePage(), vlSeed, vlDays, rsError);
-    if (llWritten < 0)
-        return false;
-    rcDisplay.SetFlash(lcFlash);
-    std::fprintf(stderr, "corvane-display-sim: %d generated records written\n", llWritten);
-    return true;
-}
-
-struct clsSimSettings {
-    int First = 0;
-    int Last = 63;
-    int Log2 = 12;
-    int MaxData = 120;
-    int Seed = 1;
-    int Days = 30;
-    int Baud = 57600;
-    int UnplugAfter = 0;
-};
-
-void AddOptions(QCommandLineParser& rcParser)
-{
-    rcParser.setApplicationDescription(QStringLiteral(
-        "A KVT Memory Display in software. Opens a pseudo-terminal, prints the path of its slave side\n"
-        "on standard output and answers the program on it like a display on a 57600 bit/s serial line.\n"
-        "Point the program at the printed path (or at --link PATH). Stops on Ctrl+C (SIGINT) or SIGTERM."));
-    rcParser.addVersionOption();
-    rcParser.addOptions({
-        {QStringLiteral("link"), QStringLiteral("Keep a symbolic link to the pty's slave at <path>, removed on exit."),
-         QStringLiteral("path")},
-        {QStringLiteral("baud"), QStringLiteral("Pace the display's output at <rate> bit/s, ten bits a byte (default 57600)."),
-         QStringLiteral("rate"), QStringLiteral("57600")},
-        {QStringLiteral("no-pacing"), QStringLiteral("Send answers as fast as the pty takes them.")},
-        {QStringLiteral("first-page"), QStringLiteral("FirstPage of the memory map: the page before the logging area (default 0)."),
-         QStringLiteral("n"), QStringLiteral("0")},
-        {QStringLiteral("last-page"), QStringLiteral("LastPage of the memory map (default 63)."), QStringLiteral("n"),
-         QStringLiteral("63")},
-        {QStringLiteral("page-size-log2"), QStringLiteral("SizeOnePage: a page holds 2^<n> bytes (default 12, 4096 bytes)."),
-         QStringLiteral("n"), QStringLiteral("12")},
-        {QStringLiteral("max-data"), QStringLiteral("MaxDataOneMessage: data bytes a read answer carries (default 120, the most that\n"
-                        "always fits a frame: each zero byte takes two bytes on the line)."),
-         QStringLiteral("n"), QStringLiteral("120")},
-        {QStringLiteral("id"), QStringLiteral("The display's 8-byte ID, as 1.2.3.4.5.6.7.8 or 16 hex digits."),
-         QStringLiteral("id")},
-        {QStringLiteral("flash"), QStringLiteral("Load a raw flash image (all pages in order; a short image is erased at the end)."),
-         QStringLiteral("image")},
-        {QStringLiteral("save-flash"), QStringLiteral("Write the flash as a raw image on exit, after erases and uploads."),
-         QStringLiteral("image")},
-        {QStringLiteral("generate"), QStringLiteral("Fill the logging area (pages after FirstPage) with generated logged data.")},
-        {QStringLiteral("seed"), QStringLiteral("Seed of --generate (default 1); the same seed gives the same data."),
-         QStringLiteral("n"), QStringLiteral("1")},
-        {QStringLiteral("days"), QStringLiteral("Days of driving --generate makes (default 30)."), QStringLiteral("n"),
-         QStringLiteral("30")},
-        {QStringLiteral("write-samples"),
-         QStringLiteral("Write sample upload files of every type (.ssl .sfl .usl .ufl .kvt .kvt_sa .kvt_snd .kvt_md) to <dir> and exit."),
-         QStringLiteral("dir")},
-        {QStringLiteral("fault"),
-         QStringLiteral("Inject a fault (list below); repeatable, or a comma list."),
-         QStringLiteral("name=value")},
-        {QStringLiteral("unplug-after"), QStringLiteral("Close the pty once request <n> has been answered, as a pulled cable; then exit."),
-         QStringLiteral("n")},
-        {QStringLiteral("log"), QStringLiteral("Write one line per frame in and out (time, direction, hex bytes) to <file>."),
-         QStringLiteral("file")},
-    });
-}
-
-void PrintHelp(const QCommandLineParser& vcParser)
-{
-    std::printf("%s\nFaults (--fault name=value):\n%s%s", qPrintable(vcParser.helpText()),
-                "nak-lines=N       answer NAK to the first N good firmware lines\n"
-                "silent-lines=N    answer nothing to the first N good firmware lines\n"
-                "reb-at=N          answer REB to firmware line N and restart, before the end\n"
-                "silent-start=1    restart on the start command 4853 without answering REB\n"
-                "silent-after=N    answer nothing after N requests (silent-from=N+1)\n",
-                qPrintable(clsSimFaults::Help()));
-}
-
-bool ReadSettings(const QCommandLineParser& vcParser, clsSimSettings& rcSettings, QString& rsError)
-{
-    if (!ReadNumber(vcParser, QStringLiteral("first-page"), 0, 255, rcSettings.First, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("last-page"), 0, 255, rcSettings.Last, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("page-size-log2"), 5, 16, rcSettings.Log2, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("max-data"), 1, 251, rcSettings.MaxData, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("seed"), 0, 0x7FFFFFFF, rcSettings.Seed, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("days"), 1, 100000, rcSettings.Days, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("baud"), 1, 4000000, rcSettings.Baud, rsError) ||
-        !ReadNumber(vcParser, QStringLiteral("unplug-after"), 1, 0x7FFFFFFF, rcSettings.UnplugAfter, rsError))
-        return false;
-    if (rcSettings.Last < rcSettings.First) {
-        rsError = QStringLiteral("--last-page %1 lies before --first-page %2").arg(rcSettings.Last).arg(rcSettings.First);
-        return false;
-    }
-    if (rcSettings.MaxData > kSafeMaxData)
-        std::fprintf(stderr, "corvane-display-sim: with --max-data above %d a read of many zero bytes overflows a frame\n",
-                     kSafeMaxData);
-    return true;
-}
-
-// Geometry, identity and flash content.
-bool PrepareDisplay(const QCommandLineParser& vcParser, const clsSimSettings& vcSettings, clsSimDisplay& rcDisplay,
-                    QString& rsError)
-{
-    rcDisplay.SetGeometry(vcSettings.First, vcSettings.Last, vcSettings.Log2, vcSettings.MaxData);
-    if (vcParser.isSet(QStringLiteral("id"))) {
-        QByteArray lcId;
-        if (!ReadId(vcParser.value(QStringLiteral("id")), lcId)) {
-            rsError = QStringLiteral("--id %1: expected eight bytes as 1.2.3.4.5.6.7.8 or 16 hex digits")
-                          .arg(vcParser.value(QStringLiteral("id")));
-            return false;
-        }
-        rcDisplay.SetId(lcId);
-    }
-    if (vcParser.isSet(QStringLiteral("flash")) && !LoadFlash(vcParser.value(QStringLiteral("flash")), rcDisplay, rsError))
-        return false;
-    return !vcParser.isSet(QStringLiteral("generate")) ||
-           Generate(rcDisplay, quint32(vcSettings.Seed), vcSettings.Days, rsError);
-}
-
 // Puts the display on a pty and answers until a signal or the pulled cable ends it.
-int Serve(QCoreApplication& rcApp, const QCommandLineParser& vcParser, const clsSimSettings& vcSettings,
-          clsSimDisplay& rcDisplay)
+int Serve(QCoreApplication& rcApp, const clsSimOptions& vcOptions, clsSimDisplay& rcDisplay)
 {
     QString lsError;
     clsSimPtyRunner lcRunner(rcDisplay);
     clsSimFaults lcFaults = rcDisplay.Faults();
-    for (const QString& lsFault : vcParser.values(QStringLiteral("fault")))
-        if (!ApplyFault(lsFault, lcFaults, lcRunner.Bootloader(), lsError))
-            return Fail(lsError);
+    if (!vcOptions.ApplyFaults(lcFaults, lcRunner.Bootloader(), lsError))
+        return Fail(lsError);
     rcDisplay.SetFaults(lcFaults);
-    lcRunner.SetUnplugAfter(vcSettings.UnplugAfter);
-    if (vcParser.isSet(QStringLiteral("log")) && !lcRunner.SetLogFile(vcParser.value(QStringLiteral("log")), lsError))
+    lcRunner.SetUnplugAfter(vcOptions.UnplugAfter());
+    if (vcOptions.IsSet(QStringLiteral("log")) && !lcRunner.SetLogFile(vcOptions.Value(QStringLiteral("log")), lsError))
         return Fail(lsError);
 
     clsPtyTransport& lcPty = lcRunner.Transport();
-    lcPty.SetBaudRate(vcParser.isSet(QStringLiteral("no-pacing")) ? 0 : vcSettings.Baud);
+    lcPty.SetBaudRate(vcOptions.Baud());
     if (!lcPty.Open(lsError))
         return Fail(lsError);
-    if (vcParser.isSet(QStringLiteral("link")) && !lcPty.SetLink(vcParser.value(QStringLiteral("link")), lsError))
+    if (vcOptions.IsSet(QStringLiteral("link")) && !lcPty.SetLink(vcOptions.Value(QStringLiteral("link")), lsError))
         return Fail(lsError);
 
     // Signals reach the event loop through a socket pair, the one thing a handler may safely touch.
@@ -298,8 +64,7 @@ int Serve(QCoreApplication& rcApp, const QCommandLineParser& vcParser, const cls
     rcApp.exec();
 
     lcPty.Close();
-    if (vcParser.isSet(QStringLiteral("save-flash")) &&
-        !SaveFlash(vcParser.value(QStringLiteral("save-flash")), rcDisplay, lsError))
+    if (vcOptions.IsSet(QStringLiteral("save-flash")) && !vcOptions.SaveFlash(rcDisplay, lsError))
         return Fail(lsError);
     return 0;
 }
@@ -313,28 +78,28 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationVersion(
         QStringLiteral("%1.%2.%3").arg(CORVANE_VERSION_MAJOR).arg(CORVANE_VERSION_MINOR).arg(CORVANE_VERSION_REVISION));
 
-    QCommandLineParser lcParser;
-    // Help is printed by hand: the fault list reads better unwrapped, after the options.
-    const QCommandLineOption lcHelp({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    lcParser.addOption(lcHelp);
-    AddOptions(lcParser);
-    lcParser.process(lcApp);
-    if (lcParser.isSet(lcHelp)) {
-        PrintHelp(lcParser);
+    clsSimOptions lcOptions;
+    QString lsError;
+    if (!lcOptions.Parse(QCoreApplication::arguments(), lsError))
+        return Fail(lsError);
+    if (lcOptions.IsSet(QStringLiteral("help"))) {
+        std::printf("%s", qPrintable(lcOptions.HelpText()));
         return 0;
     }
-
-    QString lsError;
-    if (lcParser.isSet(QStringLiteral("write-samples"))) {
-        const QStringList lcFiles = clsSimSamples::Write(lcParser.value(QStringLiteral("write-samples")), lsError);
+    if (lcOptions.IsSet(QStringLiteral("version"))) {
+        std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()),
+                    qPrintable(QCoreApplication::applicationVersion()));
+        return 0;
+    }
+    if (lcOptions.IsSet(QStringLiteral("write-samples"))) {
+        const QStringList lcFiles = clsSimSamples::Write(lcOptions.Value(QStringLiteral("write-samples")), lsError);
         for (const QString& lsFile : lcFiles)
             std::printf("%s\n", qPrintable(lsFile));
         return lsError.isEmpty() ? 0 : Fail(lsError);
     }
 
-    clsSimSettings lcSettings;
     clsSimDisplay lcDisplay;
-    if (!ReadSettings(lcParser, lcSettings, lsError) || !PrepareDisplay(lcParser, lcSettings, lcDisplay, lsError))
+    if (!lcOptions.PrepareDisplay(lcDisplay, lsError))
         return Fail(lsError);
-    return Serve(lcApp, lcParser, lcSettings, lcDisplay);
+    return Serve(lcApp, lcOptions, lcDisplay);
 }

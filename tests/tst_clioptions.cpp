@@ -1,102 +1,123 @@
-// The command line's arguments: what is refused, with which words, and what
-// an accepted line asks for.
+// The command line's own parts: what its arguments are refused for, with
+// which words, and what an accepted line asks for; the live progress line,
+// the port list and the advice for a port refused for want of permission.
 
 #include "cli/clsCliOptions.h"
+#include "cli/clsPortAccess.h"
+#include "cli/clsPortList.h"
+#include "cli/clsProgressLine.h"
+#include "TestFiles.h"
 
 #include <QTest>
 
+using Sample = clsProgressLine::Sample;
 class tst_clioptions : public QObject
 {
     Q_OBJECT
 private slots:
-    void parse_data();
-    void parse();
-};
-
-void tst_clioptions::parse_data()
-{
-    // What a run asks for: command|output|port|print|answer|simulate|verbose|shown kinds|geometry|directory.
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<QString>("outcome");
-    QTest::newRow("no command") << "" << "bad: no command given";
-    QTest::newRow("unknown command") << "copy" << "bad: unknown command \"copy\"";
-    QTest::newRow("option of another command") << "erase -o x.txt" << "bad: -o does not go with erase";
-    QTest::newRow("decode takes no port") << "decode --port 3" << "bad: --port does not go with decode";
-    QTest::newRow("decode without geometry") << "decode ." << "bad: decode needs --geometry FIRST,LAST,SIZELOG2";
-    QTest::newRow("decode without directory")
-        << "decode --geometry 0,7,10" << "bad: decode needs the directory that holds the page files";
-    QTest::newRow("last before first")
-        << "decode --geometry 3,1,8 ." << "bad: --geometry wants FIRST,LAST,SIZELOG2 with 0 <= FIRST <= LAST and "
-                                          "0 <= SIZELOG2 <= 30, not \"3,1,8\"";
-    QTest::newRow("geometry of two numbers") << "decode --geometry 0,7 ." << "bad: --geometry wants FIRST,LAST,SIZELOG2 "
-                                                                             "with 0 <= FIRST <= LAST and 0 <= "
-                                                                             "SIZELOG2 <= 30, not \"0,7\"";
-    QTest::newRow("page beyond 32 bits") << "decode --geometry 0,1,31 ." << "bad: --geometry wants FIRST,LAST,"
-                                                                            "SIZELOG2 with 0 <= FIRST <= LAST and 0 <= "
-                                                                            "SIZELOG2 <= 30, not \"0,1,31\"";
-    QTest::newRow("yes and no") << "id --yes --no" << "bad: --yes and --no exclude each other";
-    QTest::newRow("unknown kind") << "download --show route,trains"
-                                  << "bad: unknown kind \"trains\" for --show (route, police, tank, tc, dbg-route, "
-                                     "dbg-km, all, none)";
-    QTest::newRow("missing value") << "download --port" << "bad: --port needs a value";
-    QTest::newRow("empty inline value") << "download --port=" << "bad: --port needs a value";
-    QTest::newRow("value of a switch") << "download --print=1" << "bad: --print takes no value";
-    QTest::newRow("unknown option") << "download --colour" << "bad: unknown option --colour";
-    QTest::newRow("port 0") << "id --port 0" << "bad: --port 0: port numbers start at 1";
-    QTest::newRow("second argument") << "id extra" << "bad: unexpected argument \"extra\"";
-    QTest::newRow("help wins") << "download --port 3 --help" << "help";
-    QTest::newRow("help of bad usage") << "copy --help" << "bad: unknown command \"copy\"";
-    QTest::newRow("version") << "--version" << "version";
-    QTest::newRow("defaults") << "download" << "download||||ask|||route,police,tank,tc||";
-    QTest::newRow("download, all said")
-        << "download -o t.txt --port /dev/ttyUSB7 --print --show tc,Route --yes --yes -v"
-        << "download|t.txt|/dev/ttyUSB7|print|yes||verbose|route,tc||";
-    QTest::newRow("inline values, options ended")
-        << "decode --output=t.txt --show=all --geometry=0,7,10 -- -pages"
-        << "decode|t.txt|||ask|||route,police,tank,tc,dbg-route,dbg-km|0,7,10|-pages";
-    QTest::newRow("a lone dash is the directory") << "decode --geometry 0,7,10 -"
-                                                  << "decode||||ask|||route,police,tank,tc|0,7,10|-";
-    QTest::newRow("simulated, shown nothing") << "download --simulate --port 3 --no --show none"
-                                              << "download||3||no|simulate||||";
-}
-
-void tst_clioptions::parse()
-{
-    QFETCH(QString, arguments);
-    QFETCH(QString, outcome);
-    clsCliOptions lcOptions;
-    const clsCliOptions::Outcome lcOutcome = lcOptions.Parse(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
-    QString lsOutcome;
-    if (lcOutcome == clsCliOptions::Outcome::BadUsage)
-        lsOutcome = QStringLiteral("bad: ") + lcOptions.UsageError();
-    else if (lcOutcome != clsCliOptions::Outcome::Run)
-        lsOutcome = lcOutcome == clsCliOptions::Outcome::Help ? QStringLiteral("help") : QStringLiteral("version");
-    else {
-        const clsRecordSelection& rcShown = lcOptions.mcSelection;
-        QStringList lcKinds;
-        const std::pair<const char*, bool> lcTicks[] = {
-            {"route", rcShown.cheRitRegistratie},   {"police", rcShown.chePoliceCheck},
-            {"tank", rcShown.cheRitRegistratieTankstop}, {"tc", rcShown.chePoliceCheckTc},
-            {"dbg-route", rcShown.cheDebugRoute},   {"dbg-km", rcShown.cheDebugKmCorrection}};
-        for (const auto& lcTick : lcTicks)
-            if (lcTick.second)
-                lcKinds << QLatin1String(lcTick.first);
-        const clsFlashMemInfo& rcGeometry = lcOptions.mcGeometry;
-        lsOutcome = QStringList{clsCliOptions::CommandName(lcOptions.mCommand), lcOptions.msOutput, lcOptions.msPort,
-                                lcOptions.mbPrint ? QStringLiteral("print") : QString(),
-                                QStringList{"ask", "yes", "no"}.at(int(lcOptions.mAnswer)),
-                                lcOptions.mbSimulate ? QStringLiteral("simulate") : QString(),
-                                lcOptions.mbVerbose ? QStringLiteral("verbose") : QString(), lcKinds.join(QLatin1Char(',')),
-                                lcOptions.mbGeometryGiven ? QStringLiteral("%1,%2,%3")
-                                                                .arg(rcGeometry.FirstPage())
-                                                                .arg(rcGeometry.LastPage())
-                                                                .arg(rcGeometry.SizeOnePage())
-                                                          : QString(),
-                                lcOptions.msDecodeDirectory}
-                        .join(QLatin1Char('|'));
+    void parse_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("outcome");
+        for (const QStringList& lcRow : TableRows(QStringLiteral("cli-options.txt")))
+            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
     }
-    QCOMPARE(lsOutcome, outcome);
-}
+    void parse()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, outcome);
+        clsCliOptions o;
+        const clsCliOptions::Outcome lcOutcome = o.Parse(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+        QString lsOutcome;
+        if (lcOutcome == clsCliOptions::Outcome::BadUsage)
+            lsOutcome = QStringLiteral("bad: ") + o.UsageError();
+        else if (lcOutcome != clsCliOptions::Outcome::Run)
+            lsOutcome = lcOutcome == clsCliOptions::Outcome::Help ? QStringLiteral("help") : QStringLiteral("version");
+        else {
+            const clsRecordSelection& rcShown = o.mcSelection;
+            QStringList lcKinds;
+            const std::pair<const char*, bool> lcTicks[] = {
+                {"route", rcShown.cheRitRegistratie},   {"police", rcShown.chePoliceCheck},
+                {"tank", rcShown.cheRitRegistratieTankstop}, {"tc", rcShown.chePoliceCheckTc},
+                {"dbg-route", rcShown.cheDebugRoute},   {"dbg-km", rcShown.cheDebugKmCorrection}};
+            for (const auto& lcTick : lcTicks)
+                if (lcTick.second)
+                    lcKinds << QLatin1String(lcTick.first);
+            QStringList lcUploads;
+            for (const auto& lcFile : o.mcUploadFiles)
+                for (const clsUpgradeFile::Row& lcRow : clsUpgradeFile::Table())
+                    if (lcRow.Type == lcFile.first)
+                        lcUploads << QLatin1String(lcRow.Id) + QLatin1Char(':') + lcFile.second;
+            const clsFlashMemInfo& g = o.mcGeometry;
+            const auto Flag = [](bool vbSet, const char* vsName) { return vbSet ? QLatin1String(vsName) : QLatin1String(""); };
+            lsOutcome = QStringList{clsCliOptions::CommandName(o.mCommand), o.msOutput, o.ExportFormat(), o.msPort,
+                                    Flag(o.mbPrint, "print"), QStringList{"ask", "yes", "no"}.at(int(o.mAnswer)),
+                                    QString::number(o.mlReconnects), Flag(o.mbSimulate, "simulate"),
+                                    Flag(o.mbVerbose, "verbose"), Flag(o.mbQuiet, "quiet"), lcKinds.join(QLatin1Char(',')),
+                                    o.mbGeometryGiven ? QStringLiteral("%1,%2,%3").arg(g.FirstPage()).arg(g.LastPage()).arg(g.SizeOnePage())
+                                                      : QString(),
+                                    o.msDecodeDirectory, o.msHome, o.msPlaces, lcUploads.join(QLatin1Char(',')),
+                                    Flag(o.mbVerify, "verify")}
+                            .join(QLatin1Char(';'));
+        }
+        QCOMPARE(lsOutcome, outcome);
+    }
+
+    void progressLine_data()
+    {
+        QTest::addColumn<QString>("samples");
+        QTest::addColumn<QString>("line");
+        for (const QStringList& r : TableRows(QStringLiteral("progress-lines.txt")))
+            QTest::newRow(qPrintable(r[0])) << r[1] << r[2];
+    }
+    void progressLine()
+    {
+        QFETCH(QString, samples);
+        QFETCH(QString, line);
+        clsProgressLine lcLine;
+        QString lsLine;
+        int llWidth = 0;
+        for (const QString& lsSample : samples.split(QStringLiteral(" / "))) {
+            const QStringList f = lsSample.split(QLatin1Char(';'));
+            llWidth = f[6].toInt();
+            lsLine = lcLine.Text(Sample{f[0], true, f[1].toInt(), f[2].toInt(), f[3].toInt(), f[4].toUInt(), f[5].toULongLong(), llWidth});
+        }
+        QCOMPARE(lsLine, line);
+        QVERIFY(lsLine.size() < llWidth);
+    }
+
+    void portList_data()
+    {
+        using Port = clsPortList::Port;
+        QTest::addColumn<QList<Port>>("ports");
+        QTest::addColumn<QString>("listing");
+        QTest::newRow("none") << QList<Port>() << "No serial ports found.\n";
+        QTest::newRow("the KVT interface among others")
+            << QList<Port>{{"/dev/ttyS0", false, 0, 0, "", ""},
+                           {"/dev/ttyUSB0", true, 0x0403, 0xE990, "KVT Memory Display", "KVT01234"},
+                           {"/dev/ttyUSB1", true, 0x0403, 0x6001, "FT232R USB UART", "A50285BI"}}
+            << "PORT          ID         DESCRIPTION         SERIAL\n"
+               "/dev/ttyS0    -          -                   -\n"
+               "/dev/ttyUSB0  0403:e990  KVT Memory Display  KVT01234  <- KVT USB interface\n"
+               "/dev/ttyUSB1  0403:6001  FT232R USB UART     A50285BI\n";
+    }
+    void portList()
+    {
+        QFETCH(QList<clsPortList::Port>, ports);
+        QFETCH(QString, listing);
+        QCOMPARE(clsPortList::Listing(ports), listing);
+    }
+
+    void permissionAdviceNamesBothWays()
+    {
+        const QString lsAdvice = clsPortAccess::PermissionAdvice(QStringLiteral("/dev/ttyUSB0"));
+        QVERIFY(lsAdvice.startsWith(QStringLiteral("no permission to open /dev/ttyUSB0.")));
+        QVERIFY(lsAdvice.contains(QStringLiteral("60-corvane-kvt.rules")));
+        QVERIFY(lsAdvice.contains(QStringLiteral("sudo adduser $USER dialout")));
+        // A device that is not there is no permission problem: the link reports it.
+        QVERIFY(clsPortAccess::Problem(QStringLiteral("/dev/no-such-kvt-port")).isEmpty());
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_clioptions)
 #include "tst_clioptions.moc"

@@ -1,9 +1,10 @@
 // The page download against the simulated display: what is asked, in which
-// order, what lands in the page files, the log and the status line.
+// order, what lands in the page files, the log and the status line. (A whole
+// generated logbook comes out byte for byte under faults in tst_reliability.)
 
 #include "PageFile.h"
 #include "support/SimRig.h"
-#include "sim/clsSimDataGenerator.h"
+#include "TestFiles.h"
 
 #include "platform/Err.h"
 
@@ -67,48 +68,22 @@ private slots:
         QCOMPARE(r.app().DisplayId(), QStringLiteral("12.0.34.5.6.7.8.9."));
     }
 
-    // Every logging page holds Pattern data unless a step says otherwise;
-    // "files" are the pages that end up in a page file, each its Pattern but
-    // for the parts the display said it had no data for.
     void scenario_data()
     {
-        QTest::addColumn<QList<int>>("geometry"); // first page, last page, log2 of the page size, data a read
+        QTest::addColumn<QList<int>>("geometry");
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QString>("error");
         QTest::addColumn<QString>("trace");
         QTest::addColumn<QList<int>>("files");
         QTest::addColumn<QString>("lastLogLine");
-        QTest::newRow("offset goes out big-endian")
-            << QList<int>{4, 5, 10, 200} << "" << ""
-            << "CE 36 38:05 34:050000C8 34:0500C8C8 34:050190C8 34:050258C8 34:050320C8 34:0503E818"
-            << QList<int>{5} << "Finished downloading page 5";
-        QTest::newRow("state 1: empty, not a word") << QList<int>{0, 1, 6, 64} << "state 1 1" << "" << "CE 36 38:01"
-                                                    << QList<int>{} << "Size of one page is 6";
-        QTest::newRow("state 0: logged as empty") << QList<int>{0, 1, 6, 64} << "state 1 0" << "" << "CE 36 38:01"
-                                                  << QList<int>{} << "Page 1 is empty";
-        QTest::newRow("state 3: logged as empty") << QList<int>{0, 1, 6, 64} << "state 1 3" << "" << "CE 36 38:01"
-                                                  << QList<int>{} << "Page 1 is empty";
-        QTest::newRow("state 2: downloaded") << QList<int>{0, 1, 6, 64} << "state 1 2" << ""
-                                             << "CE 36 38:01 34:01000040" << QList<int>{1}
-                                             << "Finished downloading page 1";
-        QTest::newRow("first page is the last") << QList<int>{3, 3, 8, 64} << "" << "" << "CE 36" << QList<int>{}
-                                                << "Size of one page is 8";
-        QTest::newRow("part without data is left out")
-            << QList<int>{0, 1, 8, 64} << "nodata 1 64" << ""
-            << "CE 36 38:01 34:01000040 34:01004040 34:01008040 34:0100C040" << QList<int>{1}
-            << "Finished downloading page 1";
-        // Four reads of page 1, one of page 2, then a pulled cable: six tries and the retry question.
-        QTest::newRow("pulled cable removes the page's file")
-            << QList<int>{0, 3, 8, 64} << "silent 10, cancel" << "20000002 Action cancelled by user."
-            << "CE 36 38:01 34:01000040 34:01004040 34:01008040 34:0100C040 38:02 34:02000040 34:02004040*6"
-            << QList<int>{1} << "Finished downloading page 2";
-        // The ID is compared with "0.0.0.0.0.0.0.0" as written; the ID read from
-        // a display always ends in a point, so an all-zero display is read all the same.
-        QTest::newRow("all-zero ID is read") << QList<int>{0, 1, 6, 64} << "id 0000000000000000" << ""
-                                             << "CE 36 38:01 34:01000040" << QList<int>{1}
-                                             << "Finished downloading page 1";
-        QTest::newRow("no ID") << QList<int>{0, 1, 6, 64} << "silent 1, cancel" << "1 Invalid ID found" << "CE*6"
-                               << QList<int>{} << "ERROR Unable to get ID from display";
+        const auto Numbers = [](const QString& vsList) {
+            QList<int> lcNumbers;
+            for (const QString& lsNumber : vsList.split(QLatin1Char(','), Qt::SkipEmptyParts))
+                lcNumbers << lsNumber.toInt();
+            return lcNumbers;
+        };
+        for (const QStringList& r : TableRows(QStringLiteral("download-scenarios.txt")))
+            QTest::newRow(qPrintable(r[0])) << Numbers(r[1]) << r[2] << r[3] << r[4] << Numbers(r[5]) << r[6];
     }
     void scenario()
     {
@@ -127,26 +102,35 @@ private slots:
                 lcFiles[llPage] = Pattern(llPage, 1 << geometry[2]);
         }
         for (const QString& lsStep : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
-            const QStringList lcWords = lsStep.split(QLatin1Char(' '));
-            if (lcWords[0] == QLatin1String("state"))
-                r.display.Faults().PageState[lcWords[1].toInt()] = lcWords[2].toInt();
-            else if (lcWords[0] == QLatin1String("nodata")) {
-                r.display.Faults().ReadStatusOfPart[lcWords[1].toInt() * 65536 + lcWords[2].toInt()] = 0;
-                lcFiles[lcWords[1].toInt()].remove(lcWords[2].toInt(), geometry[3]);
-            } else if (lcWords[0] == QLatin1String("silent"))
-                r.display.Faults().SilentFromRequest = lcWords[1].toInt();
-            else if (lcWords[0] == QLatin1String("id"))
-                r.display.SetId(QByteArray::fromHex(lcWords[1].toLatin1()));
-            else if (lcWords[0] == QLatin1String("cancel"))
+            const QStringList w = lsStep.split(QLatin1Char(' '));
+            if (w[0] == QLatin1String("state"))
+                r.display.Faults().PageState[w[1].toInt()] = w[2].toInt();
+            else if (w[0] == QLatin1String("nodata")) {
+                r.display.Faults().ReadStatusOfPart[w[1].toInt() * 65536 + w[2].toInt()] = 0;
+                lcFiles[w[1].toInt()].remove(w[2].toInt(), geometry[3]);
+            } else if (w[0] == QLatin1String("silent"))
+                r.display.Faults().SilentFromRequest = w[1].toInt();
+            else if (w[0] == QLatin1String("id"))
+                r.display.SetId(QByteArray::fromHex(w[1].toLatin1()));
+            else if (w[0] == QLatin1String("size"))
+                r.display.Faults().ReportedSizeOnePage = w[1].toInt();
+            else if (w[0] == QLatin1String("mkdir"))
+                QVERIFY(QDir().mkpath(r.app().PageFileName(w[1].toInt())));
+            else if (w[0] == QLatin1String("cancel"))
                 r.t.dialogs.answers << MsgResult::Cancel;
             else
                 QFAIL(qPrintable(lsStep));
         }
         clsError lcError;
-        r.app().DownloadPages(lcError);
-        QCOMPARE(lcError.IsError() ? QStringLiteral("%1 %2").arg(quint32(lcError.Error()), 0, 16).arg(lcError.Description())
-                                   : QString(),
-                 error);
+        QString lsError;
+        try {
+            r.app().DownloadPages(lcError);
+            if (lcError.IsError())
+                lsError = QStringLiteral("%1 %2").arg(quint32(lcError.Error()), 0, 16).arg(lcError.Description());
+        } catch (const clsRuntimeError& e) {
+            lsError = QStringLiteral("%1 %2").arg(quint32(e.Number()), 0, 16).arg(e.Description());
+        }
+        QCOMPARE(lsError.replace(QDir::toNativeSeparators(r.t.Home()), QStringLiteral("{home}")), error);
         QCOMPARE(r.Trace(), trace);
         for (int llPage = geometry[0]; llPage <= geometry[1] + 1; ++llPage)
             QCOMPARE(PageFileBytes(r.app().PageFileName(llPage)), lcFiles.value(llPage));
@@ -154,101 +138,13 @@ private slots:
         QVERIFY(!r.app().CommunicationIsRunning());
     }
 
-    // A page file that cannot be written is a run-time error for the caller; the link is given back.
-    void unwritablePageFile()
-    {
-        SimRig r;
-        r.display.SetGeometry(0, 1, 6, 64);
-        r.display.SetPage(1, Pattern(1, 64));
-        QVERIFY(QDir().mkpath(r.app().PageFileName(1)));
-        long llRaised = 0;
-        try {
-            clsError lcError;
-            r.app().DownloadPages(lcError);
-        } catch (const clsRuntimeError& e) {
-            llRaised = e.Number();
-            QVERIFY2(e.Description().contains(QStringLiteral("Page1.DSW")), qPrintable(e.Description()));
-        }
-        QCOMPARE(llRaised, VbError::PathFileAccessError);
-        QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    // A page of 2^31 bytes or more does not fit the page size's 32-bit
-    // integer: an overflow before any page file is made. 2^30 still fits.
-    void pageSizeBeyond32Bits_data()
-    {
-        QTest::addColumn<int>("sizeOnePage");
-        QTest::addColumn<bool>("overflow");
-        QTest::newRow("2^30 fits") << 30 << false;
-        QTest::newRow("2^31") << 31 << true;
-        QTest::newRow("2^255") << 255 << true;
-    }
-    void pageSizeBeyond32Bits()
-    {
-        QFETCH(int, sizeOnePage);
-        QFETCH(bool, overflow);
-        SimRig r;
-        r.display.SetGeometry(0, 2, 8, 64);
-        r.display.SetPage(1, Pattern(1, 256));
-        r.display.Faults().ReportedSizeOnePage = sizeOnePage;
-        // with a fitting size the page loop runs; page 1 is then left out as "neither"
-        r.display.Faults().PageState[1] = 0;
-        long llRaised = 0;
-        try {
-            clsError lcError;
-            r.app().DownloadPages(lcError);
-        } catch (const clsRuntimeError& e) {
-            llRaised = e.Number();
-        }
-        QCOMPARE(llRaised, overflow ? VbError::Overflow : 0);
-        QCOMPARE(r.Funcs(), overflow ? (QList<int>{0xCE, 0x36}) : (QList<int>{0xCE, 0x36, 0x38, 0x38}));
-        QVERIFY(QDir(r.t.Home()).entryList({QStringLiteral("Page*.DSW")}).isEmpty());
-        QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    void percentage_data()
-    {
-        QTest::addColumn<int>("value");
-        QTest::addColumn<int>("total");
-        QTest::addColumn<int>("percent");
-        QTest::newRow("truncates") << 2 << 3 << 66;
-        QTest::newRow("equal") << 5 << 5 << 100;
-        QTest::newRow("above") << 7 << 5 << 100;
-        QTest::newRow("total 0") << 0 << 0 << 100;
-    }
+    // Truncated, and never above 100, also for a total of 0.
     void percentage()
     {
-        QFETCH(int, value);
-        QFETCH(int, total);
-        QFETCH(int, percent);
-        QCOMPARE(clsApplication::GetPercentage(value, total), percent);
-    }
-
-    // A full display of generated logbook data comes out byte for byte.
-    void generatedDisplay()
-    {
-        SimRig r;
-        QString lsError;
-        clsSimDataGenerator lcGenerator(
-            clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
-        QVERIFY2(lsError.isEmpty(), qPrintable(lsError));
-        QByteArray lcFlash = r.display.Flash();
-        clsSimDataGenerator::WriteLog(lcFlash, lcGenerator.Generate(7, 30), 0, 63, 8);
-        QVERIFY(r.display.SetFlash(lcFlash));
-        clsError lcError;
-        r.app().DownloadPages(lcError);
-        QVERIFY(!lcError.IsError());
-        int llFiles = 0;
-        for (int llPage = 1; llPage <= 63; ++llPage) {
-            const QString lsFile = r.app().PageFileName(llPage);
-            if (!QFile::exists(lsFile)) {
-                QVERIFY(r.display.PageIsEmpty(llPage));
-                continue;
-            }
-            ++llFiles;
-            QCOMPARE(PageFileBytes(lsFile), r.display.Page(llPage));
-        }
-        QVERIFY(llFiles > 10);
+        QCOMPARE(clsApplication::GetPercentage(2, 3), 66);
+        QCOMPARE(clsApplication::GetPercentage(5, 5), 100);
+        QCOMPARE(clsApplication::GetPercentage(7, 5), 100);
+        QCOMPARE(clsApplication::GetPercentage(0, 0), 100);
     }
 };
 

@@ -1,16 +1,9 @@
-// Erasing the display and the operating-system check, against the simulated display.
+// Erasing the display, the dialogue around it and the operating-system check,
+// against the simulated display.
 
 #include "support/SimRig.h"
 
 #include <QTest>
-
-namespace {
-QStringList EraseLog(const SimRig& r)
-{
-    QStringList lcLines = r.t.LogLines();
-    return lcLines.mid(2);
-}
-}
 
 class tst_Erase : public QObject
 {
@@ -31,15 +24,12 @@ private slots:
         QVERIFY(!r.display.PageIsEmpty(0));
         QVERIFY(r.display.PageIsEmpty(1));
         QVERIFY(r.display.LowCurrent());
-        QCOMPARE(EraseLog(r), (QStringList{"Starting to erase page 1", "Erase succesfull", "Starting to erase page 2",
+        QCOMPARE(r.t.LogLines().mid(2), (QStringList{"Starting to erase page 1", "Erase succesfull", "Starting to erase page 2",
                                            "ERROR Erase not succesfull", "Starting to erase page 3",
                                            "Page already empty"}));
-        QCOMPARE(r.app().Status().StatusString(),
-                 QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
+        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
         const clsProgressBarInfo& lcBar = r.app().Status().BigProgressBarInfo();
-        QCOMPARE(lcBar.Max(), 3);
-        QCOMPARE(lcBar.Position(), 3);
-        QVERIFY(!lcBar.Visible());
+        QCOMPARE((QList<int>{lcBar.Max(), lcBar.Position(), lcBar.Visible()}), (QList<int>{3, 3, 0}));
         QVERIFY(!r.app().CommunicationIsRunning());
     }
 
@@ -50,8 +40,7 @@ private slots:
         clsError lcError;
         r.app().ClearFlash(lcError, false);
         QCOMPARE(r.Funcs(), (QList<int>{0xCE, 0x0B, 0x0B, 0x36}));
-        QCOMPARE(r.app().Status().StatusString(),
-                 QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
+        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
     }
 
     void wrongIdStopsBeforeAnything()
@@ -63,7 +52,7 @@ private slots:
         QCOMPARE(lcError.Error(), ErrorCode::DifferentDisplay);
         QCOMPARE(lcError.Description(), QStringLiteral("Different display detected."));
         QCOMPARE(r.Funcs(), QList<int>{0xCE});
-        QCOMPARE(EraseLog(r), QStringList{"ERROR Wrong ID found, aborting erase of database"});
+        QCOMPARE(r.t.LogLines().mid(2), QStringList{"ERROR Wrong ID found, aborting erase of database"});
         QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Wrong ID found, stopping download"));
         QVERIFY(!r.app().CommunicationIsRunning());
     }
@@ -121,6 +110,59 @@ private slots:
         }
         if (!start.isEmpty())
             QCOMPARE(r.display.Requests().value(2).arguments, QByteArray::fromHex("05000003"));
+    }
+
+    void clearDisplayDialogue_data()
+    {
+        QTest::addColumn<bool>("saved");
+        QTest::addColumn<QList<MsgResult>>("answers");
+        QTest::addColumn<bool>("silent");
+        QTest::addColumn<QString>("lastText");
+        QTest::addColumn<QString>("lastTitle");
+        using R = QList<MsgResult>;
+        QTest::newRow("unsaved, No: silent stop") << false << R{MsgResult::No} << false << "" << "";
+        // marked saved before the save runs, so a cancelled save still leads on to the clear
+        QTest::newRow("unsaved, Yes, save cancelled") << false << R{MsgResult::Yes, MsgResult::Yes} << false
+                                                      << "Clearing display successfully completed" << "KVT Upload";
+        QTest::newRow("not sure") << true << R{MsgResult::No} << false << "" << "";
+        QTest::newRow("cleared") << true << R{MsgResult::Yes} << false << "Clearing display successfully completed"
+                                 << "KVT Upload";
+        QTest::newRow("failed") << true << R{MsgResult::Yes, MsgResult::Cancel} << true
+                                << "ERROR: Clearing display Failed: Action cancelled by user."
+                                << "KVT Upload ERROR";
+    }
+    void clearDisplayDialogue()
+    {
+        QFETCH(bool, saved);
+        QFETCH(QList<MsgResult>, answers);
+        QFETCH(bool, silent);
+        QFETCH(QString, lastText);
+        QFETCH(QString, lastTitle);
+        SimRig r;
+        r.display.SetGeometry(0, 1, 6, 64);
+        r.display.SetPage(1, QByteArray(64, 0x11));
+        r.display.Faults().SilentFromRequest = silent ? 1 : 0;
+        r.app().SetDataSaved(saved);
+        r.t.dialogs.answers.append(answers);
+        const clsOutcome lcOutcome = r.app().clearDisplay();
+        // what the command line's exit status and "Nothing erased." go by
+        QCOMPARE(lcOutcome.IsError(), silent);
+        QCOMPARE(lcOutcome.Cancelled, silent || lastText.isEmpty());
+        const QList<FakeUserDialogs::Box>& lcBoxes = r.t.dialogs.boxes;
+        QCOMPARE(lcBoxes[0].text, saved ? QStringLiteral("Are you sure you want to clear the display database?")
+                                        : QStringLiteral("Do you want to save route info to disk, before clearing "
+                                                         "the display memory?"));
+        QCOMPARE(lcBoxes.size(), answers.size() + (lastText.isEmpty() ? 0 : 1));
+        QCOMPARE(r.t.dialogs.dialogFilters.size(), !saved && answers[0] == MsgResult::Yes ? 1 : 0);
+        if (lastText.isEmpty()) {
+            QVERIFY(r.display.Requests().isEmpty());
+            QVERIFY(r.t.window.calls.isEmpty());
+            return;
+        }
+        QCOMPARE(lcBoxes.last().text, lastText);
+        QCOMPARE(lcBoxes.last().title, lastTitle);
+        QCOMPARE(r.display.PageIsEmpty(1), !silent);
+        QCOMPARE(r.t.window.calls, (QStringList{"EnableButtons(0)", "EnableMenu(0)", "EnableButtons(1)", "EnableMenu(1)"}));
     }
 
     void clearTableOnly()

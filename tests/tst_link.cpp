@@ -108,17 +108,12 @@ private slots:
         QCOMPARE(r.app().MessageBrooker().ReceiveArguments(1), quint8(63));
         const QStringList lcWarnings = r.t.LogLines().filter(QStringLiteral("WARNING"));
         QCOMPARE(lcWarnings, warning.isEmpty() ? QStringList() : QStringList{warning});
-    }
-
-    // The codec itself takes a garbled answer: only the reliable request refuses it.
-    void sendAndWaitTakesAWrongChecksum()
-    {
-        SimRig r;
-        r.display.Faults().CorruptNext = 1;
-        r.display.Faults().CorruptIndex = 8;
+        // The codec itself takes a garbled answer: only the reliable request refuses it.
+        r.display.Faults().CorruptNext = corrupt ? 1 : 0;
+        r.display.Faults().WrongFuncNext = corrupt ? 0 : 1;
         qint32 llTimeout = 1000;
-        QVERIFY(r.app().MessageBrooker().SendAndWait(0x36, QString(), llTimeout));
-        QVERIFY(!r.app().MessageBrooker().ReceiveCSOK());
+        QCOMPARE(r.app().MessageBrooker().SendAndWait(0x36, QString(), llTimeout), corrupt);
+        QCOMPARE(r.app().MessageBrooker().ReceiveCSOK(), !corrupt);
     }
 
     // A display that answered late and still heard the retry answers twice;
@@ -168,43 +163,40 @@ private slots:
     {
         QTest::addColumn<QByteArray>("id");
         QTest::addColumn<bool>("stopped");
+        QTest::addColumn<int>("silentFrom");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("status");
         QTest::addColumn<int>("error");
-        QTest::newRow("eight numbers, eight points") << QByteArray::fromHex("0C00220506070809") << false << kId
-                                                     << "Received ID from display" << 0;
-        QTest::newRow("short answer gives zeros") << QByteArray::fromHex("010203") << false << "1.2.3.0.0.0.0.0."
-                                                  << "Received ID from display" << 0;
-        QTest::newRow("communication stopped") << QByteArray() << true << "" << "Getting ID from display"
-                                               << ErrorCode::CommunicationError;
+        QTest::addColumn<int>("requests");
+        const QByteArray lcId = QByteArray::fromHex("0C00220506070809");
+        QTest::newRow("eight numbers, eight points") << lcId << false << 0 << kId << "Received ID from display" << 0 << 1;
+        QTest::newRow("short answer gives zeros") << QByteArray::fromHex("010203") << false << 0 << "1.2.3.0.0.0.0.0."
+                                                  << "Received ID from display" << 0 << 1;
+        QTest::newRow("communication stopped") << lcId << true << 0 << "" << "Getting ID from display" << ErrorCode::CommunicationError << 0;
+        QTest::newRow("no answer, cancelled: logged") << lcId << false << 1 << "" << "Unable to get ID from display"
+                                                      << ErrorCode::CancelledByUser << 6;
     }
     void getDallesId()
     {
         QFETCH(QByteArray, id);
         QFETCH(bool, stopped);
+        QFETCH(int, silentFrom);
         QFETCH(QString, text);
         QFETCH(QString, status);
         QFETCH(int, error);
+        QFETCH(int, requests);
         SimRig r;
         r.display.SetId(id);
+        r.display.Faults().SilentFromRequest = silentFrom;
+        if (silentFrom)
+            r.t.dialogs.answers << MsgResult::Cancel;
         r.app().SetCommunicationStopped(stopped);
         clsError lcError;
         QCOMPARE(r.app().GetDallesID(lcError), text);
         QCOMPARE(lcError.Error(), error);
         QCOMPARE(r.app().Status().StatusString(), status);
-        QCOMPARE(r.display.Stats().requests, stopped ? 0 : 1);
-    }
-
-    void getDallesIdFailureIsLogged()
-    {
-        SimRig r;
-        r.display.Faults().SilentFromRequest = 1;
-        r.t.dialogs.answers << MsgResult::Cancel;
-        clsError lcError;
-        QCOMPARE(r.app().GetDallesID(lcError), QString());
-        QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Unable to get ID from display"));
-        QCOMPARE(r.t.LogLines().last(), QStringLiteral("ERROR Unable to get ID from display"));
+        QCOMPARE(r.display.Stats().requests, requests);
+        QCOMPARE(r.t.LogLines().last() == QStringLiteral("ERROR Unable to get ID from display"), silentFrom != 0);
     }
 
     void lowCurrent_data()

@@ -35,24 +35,18 @@ private slots:
         QTest::addColumn<int>("number");
         QTest::addColumn<QString>("description");
         QTest::addColumn<bool>("cancelled");
+        const QString lsDifferent = QStringLiteral("Different display detected.");
+        const QString lsCancelled = QStringLiteral("Action cancelled by user.");
         QTest::newRow("done") << Body::Nothing << false << 0 << "" << false;
-        QTest::newRow("program error") << Body::ProgramError << false << ErrorCode::DifferentDisplay
-                                       << "Different display detected." << false;
-        QTest::newRow("cancelled") << Body::Cancel << false << ErrorCode::CancelledByUser
-                                   << "Action cancelled by user." << true;
-        QTest::newRow("run-time error") << Body::RuntimeError << false << int(VbError::Overflow) << "Overflow"
-                                        << false;
-        QTest::newRow("the first error stays") << Body::RuntimeAfterOwnError << false
-                                               << ErrorCode::DifferentDisplay << "Different display detected."
-                                               << false;
-        QTest::newRow("link held when it throws") << Body::HeldLinkThenThrow << false
-                                                  << int(VbError::SubscriptOutOfRange) << "Subscript out of range"
-                                                  << false;
+        QTest::newRow("program error") << Body::ProgramError << false << ErrorCode::DifferentDisplay << lsDifferent << false;
+        QTest::newRow("cancelled") << Body::Cancel << false << ErrorCode::CancelledByUser << lsCancelled << true;
+        QTest::newRow("run-time error") << Body::RuntimeError << false << int(VbError::Overflow) << "Overflow" << false;
+        QTest::newRow("the first error stays") << Body::RuntimeAfterOwnError << false << ErrorCode::DifferentDisplay << lsDifferent << false;
+        QTest::newRow("link held when it throws") << Body::HeldLinkThenThrow << false << int(VbError::SubscriptOutOfRange)
+                                                  << "Subscript out of range" << false;
         QTest::newRow("inner frame leaves the window alone") << Body::Nested << false << 0 << "" << false;
-        QTest::newRow("quiet, run-time error") << Body::RuntimeError << true << int(VbError::Overflow) << "Overflow"
-                                               << false;
-        QTest::newRow("quiet, cancelled") << Body::Cancel << true << ErrorCode::CancelledByUser
-                                          << "Action cancelled by user." << true;
+        QTest::newRow("quiet, run-time error") << Body::RuntimeError << true << int(VbError::Overflow) << "Overflow" << false;
+        QTest::newRow("quiet, cancelled") << Body::Cancel << true << ErrorCode::CancelledByUser << lsCancelled << true;
     }
     // Whatever the operation does, the link is given back, the window comes on
     // again, auto-detection runs again and the outcome tells what happened.
@@ -75,17 +69,10 @@ private slots:
             lbDetecting = lcApp.AutoDetectionRunning();
             lbCancelCleared = !lcApp.CancelRequested();
             switch (body) {
-            case Body::Nothing:
-                break;
-            case Body::ProgramError:
-                rcError.SetError(ErrorCode::DifferentDisplay);
-                break;
-            case Body::Cancel:
-                rcError.SetError(ErrorCode::CancelledByUser);
-                break;
-            case Body::RuntimeError:
-                Err::Raise(VbError::Overflow);
-                break;
+            case Body::Nothing: break;
+            case Body::ProgramError: rcError.SetError(ErrorCode::DifferentDisplay); break;
+            case Body::Cancel: rcError.SetError(ErrorCode::CancelledByUser); break;
+            case Body::RuntimeError: Err::Raise(VbError::Overflow); break;
             case Body::RuntimeAfterOwnError:
                 rcError.SetError(ErrorCode::DifferentDisplay);
                 Err::Raise(VbError::Overflow);
@@ -96,8 +83,7 @@ private slots:
                 break;
             }
             case Body::Nested: {
-                const clsOutcome lcInner =
-                    lcApp.RunOperation([](clsError&) { Err::Raise(VbError::DivisionByZero); });
+                const clsOutcome lcInner = lcApp.RunOperation([](clsError&) { Err::Raise(VbError::DivisionByZero); });
                 QCOMPARE(lcInner.Number, int(VbError::DivisionByZero));
                 QVERIFY(!lcApp.AutoDetectionRunning());
                 break;

@@ -9,7 +9,6 @@
 #include "sim/clsSimDataGenerator.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTest>
 
 class tst_Reliability : public QObject
@@ -27,15 +26,11 @@ private slots:
     void seededDownloadsUnderFaults()
     {
         QFETCH(QString, faults);
-        const int llRuns = qEnvironmentVariableIsSet("CORVANE_RELIABILITY_RUNS")
-                               ? qEnvironmentVariableIntValue("CORVANE_RELIABILITY_RUNS")
-                               : 200;
+        const int llRuns = qEnvironmentVariableIsSet("CORVANE_RELIABILITY_RUNS") ? qEnvironmentVariableIntValue("CORVANE_RELIABILITY_RUNS") : 200;
         QString lsError;
-        clsSimDataGenerator lcGenerator(
-            clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
+        clsSimDataGenerator lcGenerator(clsSimDataGenerator::LoadPlaces(clsSimDataGenerator::DefaultPlacesFile(), lsError));
         QVERIFY2(lsError.isEmpty(), qPrintable(lsError));
-        int llComplete = 0, llStopped = 0, llSilent = 0, llRetries = 0;
-        int llWarnings = 0, llIncomplete = 0, llRequests = 0;
+        int llStopped = 0, llSilent = 0, llRetries = 0, llWarnings = 0, llIncomplete = 0, llRequests = 0;
         clsSimDisplay::Statistics lcInjected;
         QElapsedTimer lcReal;
         lcReal.start();
@@ -47,30 +42,21 @@ private slots:
             clsSimDataGenerator::WriteLog(lcFlash, lcGenerator.Generate(quint32(llRun), 2), 0, 8, 8);
             r.display.SetFlash(lcFlash);
             clsSimFaults lcFaults;
-            QVERIFY(lcFaults.Parse(faults, lsError));
-            lcFaults.Seed = quint32(llRun);
+            QVERIFY(lcFaults.Parse(faults + QStringLiteral(",seed=%1").arg(llRun), lsError));
             r.display.SetFaults(lcFaults);
             r.t.dialogs.answers << MsgResult::Cancel;
-            QString lsLast;
-            connect(&r.app().Status(), &clsStatus::StatusChanged, [&]() {
+            connect(&r.app().Status(), &clsStatus::StatusChanged, [&, lsLast = QString()]() mutable {
                 const QString lsNow = r.app().Status().SmallStatusString();
-                if (lsNow != lsLast && lsNow.startsWith(QLatin1String("Retry ")))
-                    ++llRetries;
+                llRetries += lsNow != lsLast && lsNow.startsWith(QLatin1String("Retry "));
                 lsLast = lsNow;
             });
             clsError lcError;
             r.app().DownloadPages(lcError);
-            const bool lbStopped = lcError.IsError();
-            lbStopped ? ++llStopped : ++llComplete;
+            llStopped += lcError.IsError();
             for (int llPage = 1; llPage <= 8; ++llPage) {
                 const QString lsFile = r.app().PageFileName(llPage);
-                if (!QFile::exists(lsFile)) {
-                    // a page with data may only lack its file when the run stopped
-                    if (!r.display.PageIsEmpty(llPage) && !lbStopped)
-                        ++llSilent;
-                    continue;
-                }
-                if (PageFileBytes(lsFile) != r.display.Page(llPage))
+                // a page with data may only lack its file when the run stopped
+                if (QFile::exists(lsFile) ? PageFileBytes(lsFile) != r.display.Page(llPage) : !r.display.PageIsEmpty(llPage) && !lcError.IsError())
                     ++llSilent;
             }
             const QStringList lcWarnings = r.t.LogLines().filter(QStringLiteral("WARNING"));
@@ -84,7 +70,7 @@ private slots:
         qInfo("%s: %d runs, %d complete, %d stopped with an error, %d silent corruptions; "
               "%d requests, injected %d dropped / %d corrupted / %d late, %d retries, "
               "%d warnings (%d of them incomplete answers); %lld ms",
-              qPrintable(faults), llRuns, llComplete, llStopped, llSilent, llRequests, lcInjected.dropped,
+              qPrintable(faults), llRuns, llRuns - llStopped, llStopped, llSilent, llRequests, lcInjected.dropped,
               lcInjected.corrupted, lcInjected.late, llRetries, llWarnings, llIncomplete, qint64(lcReal.elapsed()));
         QCOMPARE(llSilent, 0);
         QVERIFY(lcInjected.dropped + lcInjected.corrupted + lcInjected.late > 0);

@@ -1,13 +1,15 @@
-// The simulated display's side of the protocol: what it answers, how its
-// faults behave and how its serial line paces the bytes.
+// The simulated display's side of the protocol: what it answers, and the
+// simulator's command line. (Its bootloader, its pace and its late and pulled
+// line are met by the firmware, link and reliability tests.)
 
+#include "TestFiles.h"
 #include "link/clsHalvexMsg.h"
-#include "platform/QtEventLoop.h"
 #include "platform/VirtualClock.h"
+#include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
-#include "sim/clsSimSerialPort.h"
+#include "sim/clsSimOptions.h"
 
-#include <QCoreApplication>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -17,7 +19,7 @@ QByteArray Hex(const char* vsHex)
 }
 
 // A host frame as the program builds it.
-QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments)
+QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments = QByteArray())
 {
     QByteArray lcFrame;
     VirtualClock lcClock;
@@ -34,9 +36,9 @@ QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments)
     return lcFrame;
 }
 
-QByteArray Answer(clsSimDisplay& rcDisplay, quint8 vbyFunc, const QByteArray& vcArguments)
+QByteArray Answer(clsSimDisplay& rcDisplay, const QByteArray& vcRequest)
 {
-    const QList<clsSimDisplay::Reply> lcReplies = rcDisplay.Receive(Request(vbyFunc, vcArguments));
+    const QList<clsSimDisplay::Reply> lcReplies = rcDisplay.Receive(vcRequest);
     return lcReplies.isEmpty() ? QByteArray("none") : lcReplies[0].bytes;
 }
 }
@@ -48,173 +50,88 @@ class tst_SimDisplay : public QObject
 private slots:
     void answers_data()
     {
-        QTest::addColumn<int>("func");
-        QTest::addColumn<QByteArray>("arguments");
+        QTest::addColumn<QString>("faults");
+        QTest::addColumn<QByteArray>("request");
         QTest::addColumn<QByteArray>("answer");
-        const auto F = [](quint8 vbyFunc, const char* vsArguments) {
-            return clsSimDisplay::Frame(0x01, 0x66, vbyFunc, Hex(vsArguments));
-        };
-        QTest::newRow("read") << 0x34 << Hex("01 00 02 03") << F(0x34, "01 12 00 FF");
-        QTest::newRow("read past the page end") << 0x34 << Hex("01 00 0E 03") << F(0x34, "00");
-        QTest::newRow("just connected") << 0xD0 << QByteArray() << F(0xD0, "01");
-        QTest::newRow("firmware download start") << 0xD9 << QByteArray() << F(0xD9, "01");
-        QTest::newRow("firmware stream start: no answer") << 0xCB << QByteArray() << QByteArray("none");
-        QTest::newRow("unknown function: no answer") << 0x77 << QByteArray() << QByteArray("none");
-        QTest::newRow("wrong address: no answer") << 0x00 << QByteArray() << QByteArray("none");
+        const auto F = [](quint8 vbyFunc, const char* vsArguments) { return clsSimDisplay::Frame(0x01, 0x66, vbyFunc, Hex(vsArguments)); };
+        QTest::newRow("read") << "" << Request(0x34, Hex("01 00 02 03")) << F(0x34, "01 12 00 FF");
+        QTest::newRow("read past the page end") << "" << Request(0x34, Hex("01 00 0E 03")) << F(0x34, "00");
+        QTest::newRow("just connected") << "" << Request(0xD0) << F(0xD0, "01");
+        QTest::newRow("firmware download start") << "" << Request(0xD9) << F(0xD9, "01");
+        QTest::newRow("firmware download refused") << "refuse-d9" << Request(0xD9) << F(0xD9, "00");
+        QTest::newRow("firmware download start unanswered") << "silent-d9" << Request(0xD9) << QByteArray("none");
+        QTest::newRow("firmware stream start: no answer") << "" << Request(0xCB) << QByteArray("none");
+        QTest::newRow("unknown function: no answer") << "" << Request(0x77) << QByteArray("none");
+        QTest::newRow("wrong address: no answer") << "" << Hex("00 00 65 01 07 36 55") << QByteArray("none");
     }
+    // Only a download start it says yes to takes it into its bootloader.
     void answers()
     {
-        QFETCH(int, func);
-        QFETCH(QByteArray, arguments);
+        QFETCH(QString, faults);
+        QFETCH(QByteArray, request);
         QFETCH(QByteArray, answer);
         clsSimDisplay lcDisplay;
         lcDisplay.SetGeometry(0, 3, 4, 5);
         lcDisplay.SetPage(1, Hex("00 00 12 00 FF 01"));
         lcDisplay.SetJustConnected(true);
-        QByteArray lcRequest = Request(quint8(func), arguments);
-        if (func == 0)
-            lcRequest = Hex("00 00 65 01 07 36 55");
-        const QList<clsSimDisplay::Reply> lcReplies = lcDisplay.Receive(lcRequest);
-        const QByteArray lcAnswer = lcReplies.isEmpty() ? QByteArray("none") : lcReplies[0].bytes;
-        QCOMPARE(lcAnswer.toHex(' '), answer.toHex(' '));
+        QString lsError;
+        QVERIFY(lcDisplay.Faults().Parse(faults, lsError));
+        QCOMPARE(Answer(lcDisplay, request).toHex(' '), answer.toHex(' '));
+        QCOMPARE(lcDisplay.InBootloader(), answer == clsSimDisplay::Frame(0x01, 0x66, 0xD9, Hex("01")));
     }
 
-    // Writes, screen text and the plugged-in flag; erase, reads and low current
-    // are met by the download and erase tests.
+    // Writes and the plugged-in flag; erase, reads, low current and the screen
+    // are met by the download, erase and greeting tests.
     void stateChanges()
     {
         clsSimDisplay lcDisplay;
         lcDisplay.SetGeometry(0, 3, 4, 16);
-        Answer(lcDisplay, 0x33, Hex("02 00 04 03 AA 00 BB"));
+        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 AA 00 BB")));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff aa 00 bb ff ff ff ff ff ff ff ff ff"));
         // Written again without an erase: only the bits that both writes cleared stay cleared.
-        Answer(lcDisplay, 0x33, Hex("02 00 04 03 0F F0 CC"));
+        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 0F F0 CC")));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
-        Answer(lcDisplay, 0x0F, Hex("0B 28 00 01") + "Hi");
-        QCOMPARE(lcDisplay.ScreenText(), QStringList{QStringLiteral("Hi")});
         lcDisplay.SetJustConnected(true);
-        Answer(lcDisplay, 0xD0, QByteArray());
-        QCOMPARE(Answer(lcDisplay, 0xD0, QByteArray()), clsSimDisplay::Frame(1, 0x66, 0xD0, Hex("00")));
-    }
-
-    // The display knows where a frame ends from its length, so the host's plain zero checksum does not upset it.
-    void hostZeroChecksumIsHarmless()
-    {
-        clsSimDisplay lcDisplay;
-        const QByteArray lcZero = Request(0x60, QByteArray());
+        Answer(lcDisplay, Request(0xD0));
+        QCOMPARE(Answer(lcDisplay, Request(0xD0)), clsSimDisplay::Frame(1, 0x66, 0xD0, Hex("00")));
+        // The display knows where a frame ends from its length, so the host's plain zero checksum does not upset it.
+        const QByteArray lcZero = Request(0x60);
         QCOMPARE(quint8(lcZero.back()), quint8(0));
-        lcDisplay.Receive(lcZero + Request(0x36, QByteArray()) + lcZero);
-        QCOMPARE(lcDisplay.Stats().requests, 3);
+        lcDisplay.Receive(lcZero + Request(0x36) + lcZero);
+        QCOMPARE(lcDisplay.Stats().requests, 7);
         QCOMPARE(lcDisplay.Stats().badRequests, 0);
     }
 
-    void bootloaderHook()
+    // The simulator's command line.
+    void options_data()
     {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("outcome");
+        for (const QStringList& lcRow : TableRows(QStringLiteral("sim-options.txt")))
+            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
+    }
+    void options()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, outcome);
+        QTemporaryDir lcDir;
+        const QString lsBig = lcDir.filePath(QStringLiteral("big.img"));
+        WriteAll(lsBig, QByteArray(65, '\x01'));
+        QStringList lcArguments = QStringList{QStringLiteral("corvane-display-sim")} + arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        lcArguments.replaceInStrings(QStringLiteral("@big"), lsBig);
+        clsSimOptions lcOptions;
         clsSimDisplay lcDisplay;
-        QByteArray lcSeen;
-        Answer(lcDisplay, 0xD9, QByteArray());
-        QVERIFY(lcDisplay.InBootloader());
-        QCOMPARE(lcDisplay.Receive(Request(0x36, QByteArray())).size(), 0);
-        lcDisplay.SetBootloaderHook([&lcSeen](const QByteArray& vcBytes) {
-            lcSeen += vcBytes;
-            return BootloaderReply{QByteArray("OK\r\n"), vcBytes.endsWith("HS")};
-        });
-        QCOMPARE(lcDisplay.Receive(":abc").value(0).bytes, QByteArray("OK\r\n"));
-        lcDisplay.Receive("HS");
-        QCOMPARE(lcSeen, QByteArray(":abcHS"));
-        QVERIFY(!lcDisplay.InBootloader());
-        QCOMPARE(Answer(lcDisplay, 0x36, QByteArray()).at(5), char(0x36));
-    }
-
-    void downloadStartFaults_data()
-    {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("refused") << "refuse-d9" << clsSimDisplay::Frame(1, 0x66, 0xD9, Hex("00"));
-        QTest::newRow("silent") << "silent-d9" << QByteArray("none");
-    }
-    void downloadStartFaults()
-    {
-        QFETCH(QString, fault);
-        QFETCH(QByteArray, answer);
-        clsSimDisplay lcDisplay;
-        QString lsError;
-        QVERIFY(lcDisplay.Faults().Parse(fault, lsError));
-        QCOMPARE(Answer(lcDisplay, 0xD9, QByteArray()), answer);
-        QVERIFY(!lcDisplay.InBootloader());
-    }
-
-    void parseFaults_data()
-    {
-        QTest::addColumn<QString>("faults");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("rates and seed") << "drop=0.01,corrupt=0.02,late=0.005,seed=7" << "";
-        QTest::newRow("pairs") << "page-state=5:3,read-status=6:0,new-id=1.2.3.4.5.6.7.8." << "";
-        QTest::newRow("unknown") << "drop=0.01,explode" << "unknown fault \"explode\"";
-        QTest::newRow("rate above 1") << "drop=2" << "bad value \"2\" for fault \"drop\"";
-        QTest::newRow("short id") << "new-id=1.2.3" << "bad value \"1.2.3\" for fault \"new-id\"";
-    }
-    void parseFaults()
-    {
-        QFETCH(QString, faults);
-        QFETCH(QString, error);
         clsSimFaults lcFaults;
-        QString lsError;
-        QCOMPARE(lcFaults.Parse(faults, lsError), error.isEmpty());
-        QCOMPARE(lsError, error);
-    }
-
-    // A late display is busy: the retry sent meanwhile is lost, and the late answer comes once.
-    void lateAnswerAndDeafDisplay()
-    {
-        VirtualClock lcClock;
-        clsSimDisplay lcDisplay;
-        clsSimSerialPort lcPort(lcDisplay, lcClock);
-        int llAnswers = 0;
-        lcPort.SetOnComm([&]() { llAnswers += lcPort.Input().size() > 0; });
-        lcPort.SetPortOpen(true);
-        lcDisplay.Faults().LateNext = 1;
-        lcPort.Output(Request(0x36, QByteArray()));
-        lcClock.Advance(1000);
-        QCOMPARE(llAnswers, 0);
-        lcPort.Output(Request(0x36, QByteArray()));
-        lcClock.Advance(1000);
-        QCOMPARE(llAnswers, 1);
-        QCOMPARE(lcDisplay.Stats().requests, 1);
-        QCOMPARE(lcPort.BytesLost(), qint64(7));
-    }
-
-    void pulledCable()
-    {
-        VirtualClock lcClock;
-        clsSimDisplay lcDisplay;
-        clsSimSerialPort lcPort(lcDisplay, lcClock);
-        lcPort.SetCableConnected(false);
-        QVERIFY(!lcPort.SetPortOpen(true));
-        lcPort.SetCableConnected(true);
-        QVERIFY(lcPort.SetPortOpen(true));
-        lcPort.SetCableConnected(false);
-        lcPort.Output(Request(0x36, QByteArray()));
-        lcClock.Advance(100);
-        QCOMPARE(lcDisplay.Stats().requests, 0);
-        QVERIFY(lcPort.Input().isEmpty());
-    }
-
-    // The same line in real time, for the program's --simulate.
-    void realTimeScheduler()
-    {
-        clsSimDisplay lcDisplay;
-        QtEventLoop lcLoop;
-        clsSimSerialPort lcPort(lcDisplay, lcLoop, clsSimSerialPort::QtTimerScheduler(this), 9600);
-        lcPort.SetPortOpen(true);
-        const quint32 llStart = lcLoop.timeGetTime();
-        lcPort.Output(Request(0xCE, QByteArray()));
-        // the 7-byte request takes 7 ms on the wire at 960 bytes a second
-        lcPort.Flush();
-        QVERIFY(lcLoop.timeGetTime() - llStart >= 7);
-        QVERIFY(lcPort.WaitForInput(llStart + 2000));
-        // 23 bytes at 960 bytes a second
-        QVERIFY(lcLoop.timeGetTime() - llStart >= 23);
+        clsSimBootloader lcBootloader;
+        QString lsOutcome;
+        if (lcOptions.Parse(lcArguments, lsOutcome) && lcOptions.PrepareDisplay(lcDisplay, lsOutcome)
+            && lcOptions.ApplyFaults(lcFaults, lcBootloader, lsOutcome))
+            lsOutcome = QStringLiteral("%1,%2,%3,%4 %5 baud %6 unplug %7 drop %8 seed %9 silent-from %10")
+                            .arg(lcDisplay.FirstPage()).arg(lcDisplay.LastPage()).arg(lcDisplay.SizeOnePage())
+                            .arg(lcDisplay.MaxDataOneMessage()).arg(QString::fromLatin1(lcDisplay.Id().toHex()))
+                            .arg(lcOptions.Baud()).arg(lcOptions.UnplugAfter()).arg(lcFaults.DropRate)
+                            .arg(lcFaults.Seed).arg(lcFaults.SilentFromRequest);
+        QCOMPARE(lsOutcome.replace(lsBig, QStringLiteral("@big")), outcome);
     }
 };
 

@@ -1,6 +1,7 @@
 // Window-less timers on the virtual clock: when a platform timer runs, the
 // shared timer table and its growth, and the platform running out of timers.
 
+#include "TestFiles.h"
 #include "app/clsDTimer.h"
 #include "platform/Err.h"
 #include "platform/VirtualClock.h"
@@ -13,96 +14,80 @@ class tst_timer : public QObject
 {
     Q_OBJECT
 private slots:
-    void script_data();
-    void script();
-};
-
-void tst_timer::script_data()
-{
-    // Steps on one timer; "fill" starts as many other timers as the table
-    // holds and one more, "cycle N" stops and starts the last of them N times.
-    // "active" counts the platform timers left once the others are destroyed.
-    QTest::addColumn<QString>("steps");
-    QTest::addColumn<int>("ticks");
-    QTest::addColumn<int>("active");
-    QTest::addColumn<int>("tableGrowth");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("interval while disabled") << "interval 1000, advance 5000" << 0 << 0 << 0 << "";
-    QTest::newRow("enabling starts it") << "interval 1000, advance 5000, on, advance 3500" << 3 << 1 << 0 << "";
-    QTest::newRow("enabled with interval 0") << "on, advance 1000" << 0 << 0 << 0 << "";
-    QTest::newRow("interval 0 stops it") << "on, interval 200, advance 200, interval 0, advance 1000" << 1 << 0 << 0
-                                         << "";
-    QTest::newRow("same values keep the phase") << "interval 100, on, advance 50, interval 100, on, advance 50" << 1
-                                                << 1 << 0 << "";
-    QTest::newRow("disabling stops it") << "interval 100, on, advance 250, off, advance 1000" << 2 << 0 << 0 << "";
-    // The auto-detection tick lengthens its own interval while it works.
-    QTest::newRow("tick changes its own interval") << "retime, interval 1000, on, advance 3000" << 3 << 1 << 0 << "";
-    QTest::newRow("table grows by five") << "fill" << 0 << 0 << 5 << "";
-    QTest::newRow("freed entries are reused") << "fill, cycle 20, interval 10, on, advance 10" << 1 << 1 << 5 << "";
-    QTest::newRow("no timers left") << "limit 0, interval 1000, on" << 0 << 0 << 0 << "80047925 No timers available";
-}
-
-void tst_timer::script()
-{
-    QFETCH(QString, steps);
-    QFETCH(int, ticks);
-    QFETCH(int, active);
-    QFETCH(int, tableGrowth);
-    QFETCH(QString, error);
-    VirtualClock lcClock;
-    clsDTimer::UseEventLoop(&lcClock);
-    { // the table's first entries, so that only a row's own growth counts
-        clsDTimer lcFirst;
-        lcFirst.SetInterval(1);
-        lcFirst.SetEnabled(true);
+    void script_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<int>("ticks");
+        QTest::addColumn<int>("active");
+        QTest::addColumn<int>("tableGrowth");
+        QTest::addColumn<QString>("error");
+        for (const QStringList& r : TableRows(QStringLiteral("timer-scripts.txt")))
+            QTest::newRow(qPrintable(r[0])) << r[1] << r[2].toInt() << r[3].toInt() << r[4].toInt() << r[5];
     }
-    const int llTableBefore = clsDTimer::TimerTableSize();
-    std::vector<std::unique_ptr<clsDTimer>> lcOthers;
-    clsDTimer lcTimer;
-    int llTicks = 0;
-    connect(&lcTimer, &clsDTimer::Tick, this, [&]() { ++llTicks; });
-    QString lsError;
-    try {
-        for (const QString& lsStep : steps.split(QStringLiteral(", "))) {
-            const QString lsVerb = lsStep.section(QLatin1Char(' '), 0, 0);
-            const int llValue = lsStep.section(QLatin1Char(' '), 1).toInt();
-            if (lsVerb == QLatin1String("interval"))
-                lcTimer.SetInterval(llValue);
-            else if (lsVerb == QLatin1String("on") || lsVerb == QLatin1String("off"))
-                lcTimer.SetEnabled(lsVerb == QLatin1String("on"));
-            else if (lsVerb == QLatin1String("advance"))
-                lcClock.Advance(quint32(llValue));
-            else if (lsVerb == QLatin1String("limit"))
-                lcClock.LimitTimers(llValue);
-            else if (lsVerb == QLatin1String("retime"))
-                connect(&lcTimer, &clsDTimer::Tick, this, [&]() {
-                    lcTimer.SetInterval(100000);
-                    lcTimer.SetInterval(1000);
-                });
-            else if (lsVerb == QLatin1String("fill"))
-                while (int(lcOthers.size()) <= llTableBefore) {
-                    lcOthers.push_back(std::make_unique<clsDTimer>());
-                    lcOthers.back()->SetInterval(10);
-                    lcOthers.back()->SetEnabled(true);
-                }
-            else if (lsVerb == QLatin1String("cycle"))
-                for (int i = 0; i < llValue; ++i) {
-                    lcOthers.back()->SetEnabled(false);
-                    lcOthers.back()->SetEnabled(true);
-                }
-            else
-                QFAIL(qPrintable(lsStep));
+    void script()
+    {
+        QFETCH(QString, steps);
+        QFETCH(int, ticks);
+        QFETCH(int, active);
+        QFETCH(int, tableGrowth);
+        QFETCH(QString, error);
+        VirtualClock lcClock;
+        clsDTimer::UseEventLoop(&lcClock);
+        { // the table's first entries, so that only a row's own growth counts
+            clsDTimer lcFirst;
+            lcFirst.SetInterval(1);
+            lcFirst.SetEnabled(true);
         }
-    } catch (const clsRuntimeError& e) {
-        lsError = QStringLiteral("%1 %2").arg(quint32(e.Number()), 0, 16).arg(e.Description());
+        const int llTableBefore = clsDTimer::TimerTableSize();
+        std::vector<std::unique_ptr<clsDTimer>> lcOthers;
+        clsDTimer lcTimer;
+        int llTicks = 0;
+        connect(&lcTimer, &clsDTimer::Tick, this, [&]() { ++llTicks; });
+        QString lsError;
+        try {
+            for (const QString& lsStep : steps.split(QStringLiteral(", "))) {
+                const QString lsVerb = lsStep.section(QLatin1Char(' '), 0, 0);
+                const int llValue = lsStep.section(QLatin1Char(' '), 1).toInt();
+                if (lsVerb == QLatin1String("interval"))
+                    lcTimer.SetInterval(llValue);
+                else if (lsVerb == QLatin1String("on") || lsVerb == QLatin1String("off"))
+                    lcTimer.SetEnabled(lsVerb == QLatin1String("on"));
+                else if (lsVerb == QLatin1String("advance"))
+                    lcClock.Advance(quint32(llValue));
+                else if (lsVerb == QLatin1String("limit"))
+                    lcClock.LimitTimers(llValue);
+                else if (lsVerb == QLatin1String("noloop"))
+                    clsDTimer::UseEventLoop(nullptr);
+                else if (lsVerb == QLatin1String("retime"))
+                    connect(&lcTimer, &clsDTimer::Tick, this, [&]() {
+                        lcTimer.SetInterval(100000);
+                        lcTimer.SetInterval(1000);
+                    });
+                else if (lsVerb == QLatin1String("fill"))
+                    while (int(lcOthers.size()) <= llTableBefore) {
+                        lcOthers.push_back(std::make_unique<clsDTimer>());
+                        lcOthers.back()->SetInterval(10);
+                        lcOthers.back()->SetEnabled(true);
+                    }
+                else if (lsVerb == QLatin1String("cycle"))
+                    for (int i = 0; i < llValue; ++i) {
+                        lcOthers.back()->SetEnabled(false);
+                        lcOthers.back()->SetEnabled(true);
+                    }
+                else
+                    QFAIL(qPrintable(lsStep));
+            }
+        } catch (const clsRuntimeError& e) {
+            lsError = QStringLiteral("%1 %2").arg(quint32(e.Number()), 0, 16).arg(e.Description());
+        }
+        QCOMPARE(lsError, error);
+        QCOMPARE(llTicks, ticks);
+        QCOMPARE(clsDTimer::TimerTableSize() - llTableBefore, tableGrowth);
+        lcOthers.clear();
+        QCOMPARE(lcClock.ActiveTimerCount(), active);
+        QCOMPARE(lcTimer.TimerId() != 0, active != 0);
     }
-    QCOMPARE(lsError, error);
-    QCOMPARE(llTicks, ticks);
-    QCOMPARE(clsDTimer::TimerTableSize() - llTableBefore, tableGrowth);
-    lcOthers.clear();
-    QCOMPARE(lcClock.ActiveTimerCount(), active);
-    QCOMPARE(lcTimer.TimerId() != 0, active != 0);
-}
+};
 
 QTEST_GUILESS_MAIN(tst_timer)
 #include "tst_timer.moc"

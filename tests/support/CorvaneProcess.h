@@ -1,18 +1,15 @@
 #pragma once
 
-#include "PageFile.h"
 #include "TestFiles.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QProcess>
-#include <QStringList>
-#include <functional>
 #include <QTemporaryDir>
+#include <functional>
 
 // corvane and corvane-display-sim as a user runs them: separate processes,
 // the display on a pseudo-terminal that corvane opens as its serial port.
@@ -21,21 +18,21 @@ inline const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane"
 inline const QString kSimulator = QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim");
 
 struct clsRun {
-    int exitCode = -1;
+    int exitCode = -1; // -1: did not end by itself
     QString out;
     QString err;
     qint64 ms = 0;
 };
 
-// Runs corvane with stdin a pipe, so it is not interactive. vWhileRunning is
+// Runs a program with stdin a pipe, so it is not interactive. vWhileRunning is
 // called once the process has started (to signal it, for example).
-inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000,
-                      const std::function<void(QProcess&)>& vWhileRunning = {})
+inline clsRun RunProgram(const QString& vsProgram, const QStringList& vcArguments, int vlTimeoutMs = 30000,
+                         const std::function<void(QProcess&)>& vWhileRunning = {})
 {
     QProcess lcProcess;
     QElapsedTimer lcTimer;
     lcTimer.start();
-    lcProcess.start(kCorvane, vcArguments);
+    lcProcess.start(vsProgram, vcArguments);
     lcProcess.closeWriteChannel();
     if (vWhileRunning && lcProcess.waitForStarted())
         vWhileRunning(lcProcess);
@@ -43,7 +40,7 @@ inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000,
     if (!lcProcess.waitForFinished(vlTimeoutMs)) {
         lcProcess.kill();
         lcProcess.waitForFinished();
-        lcRun.err = QStringLiteral("corvane did not finish in time\n");
+        lcRun.err = QStringLiteral("did not finish in time\n");
     } else if (lcProcess.exitStatus() == QProcess::NormalExit) {
         lcRun.exitCode = lcProcess.exitCode();
     }
@@ -53,25 +50,54 @@ inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000,
     return lcRun;
 }
 
-// The simulated display on a pty linked at rsLink; false when it did not come up.
-inline bool StartDisplay(QProcess& rcSim, const QTemporaryDir& vcDir, const QStringList& vcArguments, QString& rsLink)
+inline clsRun Corvane(const QStringList& vcArguments, int vlTimeoutMs = 30000,
+                      const std::function<void(QProcess&)>& vWhileRunning = {})
 {
-    rsLink = vcDir.filePath(QStringLiteral("display"));
-    rcSim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    rcSim.start(kSimulator, vcArguments + QStringList{"--link", rsLink});
-    if (!rcSim.waitForStarted(3000))
-        return false;
-    while (!rcSim.canReadLine())
-        if (!rcSim.waitForReadyRead(3000))
-            return false;
-    return QFileInfo::exists(rsLink);
+    return RunProgram(kCorvane, vcArguments, vlTimeoutMs, vWhileRunning);
 }
 
-inline bool StopDisplay(QProcess& rcSim)
+// corvane-display-sim on a pseudo-terminal, linked at "display" in a
+// temporary directory of its own that also holds the files of a run.
+class SimProcess
 {
-    rcSim.terminate();
-    return rcSim.waitForFinished(3000) && rcSim.exitStatus() == QProcess::NormalExit && rcSim.exitCode() == 0;
-}
+public:
+    ~SimProcess()
+    {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished(3000);
+        }
+    }
+
+    // Starts it with vcArguments and --link; false when it printed no pty.
+    bool Start(const QStringList& vcArguments)
+    {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(kSimulator, vcArguments + QStringList{QStringLiteral("--link"), Link()});
+        if (!process.waitForStarted(3000))
+            return false;
+        while (!process.canReadLine())
+            if (!process.waitForReadyRead(3000))
+                return false;
+        return QFileInfo(Link()).symLinkTarget() == QString::fromLocal8Bit(process.readLine()).trimmed();
+    }
+
+    // Stops it as SIGTERM does (a pulled cable has ended it already); true
+    // when it left cleanly and took its link away.
+    bool Stop()
+    {
+        process.terminate();
+        return (process.state() == QProcess::NotRunning || process.waitForFinished(3000))
+               && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0
+               && !QFileInfo(Link()).isSymLink();
+    }
+
+    QString Link() const { return File(QStringLiteral("display")); }
+    QString File(const QString& vsName) const { return dir.filePath(vsName); }
+
+    QTemporaryDir dir;
+    QProcess process;
+};
 
 // Every file under the directory with its content.
 inline QMap<QString, QByteArray> Snapshot(const QString& vsDirectory)

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QQueue>
 #include <QString>
+#include <QTest>
+#include <cstdio>
 
 // Answers message boxes and file dialogs from a script and records every box.
 class FakeUserDialogs : public IUserDialogs
@@ -18,9 +20,35 @@ public:
         MsgResult answer;
     };
 
-    MsgResult MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle) override;
-    QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
-    QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override;
+    // Answers in order; with the queue empty, OK-only boxes answer OK and any
+    // other box fails the test and answers Cancel. Outside a test (a
+    // benchmark) nobody answers: the box is printed and a question cancelled.
+    MsgResult MsgBox(const QString& vsText, MsgButtons vButtons, MsgIcon vIcon, const QString& vsTitle) override
+    {
+        MsgResult lcAnswer = MsgResult::OK;
+        if (!answers.isEmpty()) {
+            lcAnswer = answers.dequeue();
+        } else if (vButtons != MsgButtons::OK) {
+            lcAnswer = MsgResult::Cancel;
+            if (QTest::currentTestFunction())
+                QTest::qFail(qPrintable(QStringLiteral("unscripted question: ") + vsText), __FILE__, __LINE__);
+        }
+        if (!QTest::currentTestFunction())
+            std::fprintf(stderr, "%s: %s\n", qPrintable(vsTitle), qPrintable(vsText));
+        boxes.append(Box{vsText, vsTitle, vButtons, vIcon, lcAnswer});
+        return lcAnswer;
+    }
+    QString ShowSave(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override
+    {
+        dialogFilters << vsFilter;
+        dialogInitialNames << vsFileName;
+        dialogInitDirs << vsInitDir;
+        return fileNames.isEmpty() ? QString() : fileNames.dequeue();
+    }
+    QString ShowOpen(const QString& vsFilter, const QString& vsFileName, const QString& vsInitDir) override
+    {
+        return ShowSave(vsFilter, vsFileName, vsInitDir);
+    }
     // The port dialog answers from portChoices (empty: cancelled) and records what it was shown.
     bool SelectComPort(QString& rsPort) override
     {
@@ -31,8 +59,6 @@ public:
         return true;
     }
 
-    // Answers in order; with the queue empty, OK-only boxes answer OK and any
-    // other box fails the test and answers Cancel.
     QQueue<MsgResult> answers;
     // File names the dialogs return in order; empty queue means cancel.
     QQueue<QString> fileNames;

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <QStringList>
 #include <QTest>
 
 // Whole-file reads and writes for tests; a file that cannot be read is empty.
@@ -17,4 +18,24 @@ inline void WriteAll(const QString& vsPath, const QByteArray& vcData)
     QFile lcFile(vsPath);
     QVERIFY2(lcFile.open(QIODevice::WriteOnly), qPrintable(vsPath));
     QCOMPARE(lcFile.write(vcData), qint64(vcData.size()));
+}
+
+// The rows of a table in tests/data/tables (UTF-8): one row a line, the row's
+// name and then its fields, separated by '|' and trimmed; "\r" and "\n" stand
+// for CR and LF. Empty lines and lines starting with '#' are comments.
+inline QList<QStringList> TableRows(const QString& vsTable)
+{
+    QList<QStringList> lcRows;
+    const QString lsText = QString::fromUtf8(ReadAll(QStringLiteral(CORVANE_TEST_DATA "/tables/") + vsTable));
+    for (const QString& lsLine : lsText.split(QLatin1Char('\n'))) {
+        if (lsLine.trimmed().isEmpty() || lsLine.startsWith(QLatin1Char('#')))
+            continue;
+        QStringList lcFields;
+        for (const QString& lsField : lsLine.split(QLatin1Char('|')))
+            lcFields << lsField.trimmed().replace(QStringLiteral("\\r"), QStringLiteral("\r")).replace(QStringLiteral("\\n"), QStringLiteral("\n"));
+        lcRows << lcFields;
+    }
+    if (lcRows.isEmpty())
+        qFatal("no rows in %s", qPrintable(vsTable));
+    return lcRows;
 }
