@@ -11,19 +11,25 @@
 #include <QStringList>
 #include <QTest>
 
-// A tab-separated table of expected values in tests/data: one row a line;
-// comment lines ("#") and lines with another number of fields are left out;
-// "\n" and "\r" in a field stand for the line-break characters. A table that
-// cannot be read stops the test, so that no row is skipped unseen.
+// A tab-separated table of expected values in tests/data: one row a line,
+// vlFields fields, untrimmed; empty lines and lines starting with "#" are
+// comments; "\n" and "\r" in a field stand for the line-break characters. A
+// table that cannot be read, or a row with another number of fields, stops
+// the test, so that no row is skipped unseen.
 inline QList<QStringList> DataTable(const QString& vsName, int vlFields)
 {
     QFile lcFile(QStringLiteral(CORVANE_TEST_DATA "/") + vsName);
     if (!lcFile.open(QIODevice::ReadOnly))
         qFatal("cannot read %s", qPrintable(lcFile.fileName()));
     QList<QStringList> lcRows;
-    for (const QString& lsLine : QString::fromUtf8(lcFile.readAll()).split(QLatin1Char('\n')))
-        if (!lsLine.startsWith(QLatin1Char('#')) && lsLine.count(QLatin1Char('\t')) == vlFields - 1)
-            lcRows << lsLine.split(QLatin1Char('\t')).replaceInStrings("\\n", "\n").replaceInStrings("\\r", "\r");
+    const QStringList lcLines = QString::fromUtf8(lcFile.readAll()).split(QLatin1Char('\n'));
+    for (int i = 0; i < lcLines.size(); ++i) {
+        if (lcLines[i].isEmpty() || lcLines[i].startsWith(QLatin1Char('#')))
+            continue;
+        if (lcLines[i].count(QLatin1Char('\t')) != vlFields - 1)
+            qFatal("%s, line %d: not %d tab-separated fields", qPrintable(vsName), i + 1, vlFields);
+        lcRows << lcLines[i].split(QLatin1Char('\t')).replaceInStrings("\\n", "\n").replaceInStrings("\\r", "\r");
+    }
     return lcRows;
 }
 
