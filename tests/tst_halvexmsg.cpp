@@ -46,19 +46,13 @@ class tst_HalvexMsg : public QObject
     }
 
 private slots:
-    void frames_data()
-    {
-        QTest::addColumn<int>("func");
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QByteArray>("frame");
-        for (const QStringList& r : TableRows(QStringLiteral("frames.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1].toInt(nullptr, 16) << r[2] << QByteArray::fromHex(r[3].toLatin1());
-    }
+    void frames_data() { AddTableRows(QStringLiteral("frames.txt")); }
     void frames()
     {
-        QFETCH(int, func);
-        QFETCH(QString, arguments);
-        QFETCH(QByteArray, frame);
+        QFETCH(QStringList, row);
+        const int func = row[1].toInt(nullptr, 16);
+        const QString arguments = row[2];
+        const QByteArray frame = QByteArray::fromHex(row[3].toLatin1());
         auto lcMessage = NewMessage();
         QSignalSpy lcSpy(lcMessage.get(), &clsHalvexMsg::MessageSend);
         lcMessage->Send(quint8(func), arguments);

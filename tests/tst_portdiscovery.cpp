@@ -13,22 +13,13 @@ class tst_portdiscovery : public QObject
 {
     Q_OBJECT
 private slots:
-    void search_data()
-    {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<QStringList>("registry");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<int>("error");
-        for (const QStringList& r : TableRows(QStringLiteral("usb-port-search.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << r[2].split(QLatin1Char(';'), Qt::SkipEmptyParts) << r[3]
-                                            << int(r[4].toUInt(nullptr, 16));
-    }
+    void search_data() { AddTableRows(QStringLiteral("usb-port-search.txt")); }
     void search()
     {
-        QFETCH(QString, family);
-        QFETCH(QStringList, registry);
-        QFETCH(QString, port);
-        QFETCH(int, error);
+        QFETCH(QStringList, row);
+        const QString family = row[1], port = row[3];
+        const QStringList registry = row[2].split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        const int error = int(row[4].toUInt(nullptr, 16));
         FakeRegistry lcRegistry;
         lcRegistry.family = family == QLatin1String("NT")   ? IRegistry::Family::WindowsNT
                             : family == QLatin1String("9x") ? IRegistry::Family::Windows9x

@@ -103,17 +103,11 @@ private slots:
     }
 
     // The simulator's command line.
-    void options_data()
-    {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QString>("outcome");
-        for (const QStringList& lcRow : TableRows(QStringLiteral("sim-options.txt")))
-            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
-    }
+    void options_data() { AddTableRows(QStringLiteral("sim-options.txt")); }
     void options()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QString, outcome);
+        QFETCH(QStringList, row);
+        const QString arguments = row[1], outcome = row[2];
         QTemporaryDir lcDir;
         const QString lsBig = lcDir.filePath(QStringLiteral("big.img"));
         WriteAll(lsBig, QByteArray(65, '\x01'));

@@ -39,3 +39,11 @@ inline QList<QStringList> TableRows(const QString& vsTable)
         qFatal("no rows in %s", qPrintable(vsTable));
     return lcRows;
 }
+
+// A _data() function over a table: one column "row", the fields as read (row[0] is the name).
+inline void AddTableRows(const QString& vsTable)
+{
+    QTest::addColumn<QStringList>("row");
+    for (const QStringList& lcRow : TableRows(vsTable))
+        QTest::newRow(qPrintable(lcRow[0])) << lcRow;
+}
