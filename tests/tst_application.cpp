@@ -15,6 +15,7 @@
 
 namespace {
 const QByteArray kGoodbye = QByteArray::fromHex("00006601071070"); // 0x10 with no arguments
+struct FoundCase { QString found; int error; QString port, status; };
 }
 
 class tst_application : public QObject
@@ -144,28 +145,23 @@ private slots:
 
     void portDiscoveryAtStartUp_data()
     {
-        QTest::addColumn<QString>("found");
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("no USB interface") << "" << ErrorCode::NoUsbInterface << "1"
-                                          << clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed();
-        QTest::newRow("found COM7") << "7" << 0 << "7" << "";
-        QTest::newRow("found by path") << "/dev/ttyUSB0" << 0 << "/dev/ttyUSB0" << "";
+        QTest::addColumn<FoundCase>("c");
+        QTest::newRow("no USB interface")
+            << FoundCase{"", ErrorCode::NoUsbInterface, "1", clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed()};
+        QTest::newRow("found COM7") << FoundCase{"7", 0, "7", ""};
+        QTest::newRow("found by path") << FoundCase{"/dev/ttyUSB0", 0, "/dev/ttyUSB0", ""};
     }
     // A search that fails is shown once and start-up goes on with the port of the settings.
     void portDiscoveryAtStartUp()
     {
-        QFETCH(QString, found);
-        QFETCH(int, error);
-        QFETCH(QString, port);
-        QFETCH(QString, status);
+        QFETCH(FoundCase, c);
+        const auto& [found, error, port, status] = c;
         RecordingSerialPort lcPort;
         TestApp t(&lcPort, false);
         t.app->SetPortDiscovery([&](clsError& rcError) {
-            if (error)
-                rcError.SetError(error);
-            return clsFoundPort{found, !found.isEmpty()};
+            if (c.error)
+                rcError.SetError(c.error);
+            return clsFoundPort{c.found, !c.found.isEmpty()};
         });
         t.app->Init();
         QVERIFY(t.app->IsInitialised());

@@ -29,9 +29,11 @@ private slots:
         using R = QList<MsgResult>;
         QTest::newRow("answered at once") << Retries{0, 0, 0, {}, 0, 1, ""};
         QTest::newRow("fifth attempt answered") << Retries{4, 0, 0, {}, 0, 5, "Retry 4"};
-        QTest::newRow("sixth attempt answered still asks") << Retries{5, 0, 0, R{MsgResult::Cancel}, ErrorCode::CancelledByUser, 6, "Retry 5"};
+        QTest::newRow("sixth attempt answered still asks")
+            << Retries{5, 0, 0, R{MsgResult::Cancel}, ErrorCode::CancelledByUser, 6, "Retry 5"};
         QTest::newRow("OK, same display: fresh round") << Retries{6, 0, 0, R{MsgResult::OK}, 0, 8, "Retry 5"};
-        QTest::newRow("OK, another display") << Retries{6, 0, 7, R{MsgResult::OK, MsgResult::OK}, ErrorCode::DifferentDisplay, 7, "Retry 5"};
+        QTest::newRow("OK, another display")
+            << Retries{6, 0, 7, R{MsgResult::OK, MsgResult::OK}, ErrorCode::DifferentDisplay, 7, "Retry 5"};
         // the ID request gets its own box; cancelled there, the ID is empty and the round starts again
         QTest::newRow("OK, no ID answer: round again")
             << Retries{0, 1, 0, R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}, ErrorCode::CancelledByUser, 18, "Retry 5"};

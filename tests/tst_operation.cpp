@@ -37,7 +37,8 @@ private slots:
         QTest::newRow("program error") << FrameCase{Body::ProgramError, false, ErrorCode::DifferentDisplay, lsDifferent, false};
         QTest::newRow("cancelled") << FrameCase{Body::Cancel, false, ErrorCode::CancelledByUser, lsCancelled, true};
         QTest::newRow("run-time error") << FrameCase{Body::RuntimeError, false, int(VbError::Overflow), "Overflow", false};
-        QTest::newRow("the first error stays") << FrameCase{Body::RuntimeAfterOwnError, false, ErrorCode::DifferentDisplay, lsDifferent, false};
+        QTest::newRow("the first error stays")
+            << FrameCase{Body::RuntimeAfterOwnError, false, ErrorCode::DifferentDisplay, lsDifferent, false};
         QTest::newRow("link held when it throws")
             << FrameCase{Body::HeldLinkThenThrow, false, int(VbError::SubscriptOutOfRange), "Subscript out of range", false};
         QTest::newRow("inner frame leaves the window alone") << FrameCase{Body::Nested, false, 0, "", false};
