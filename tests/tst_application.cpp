@@ -15,6 +15,7 @@
 
 namespace {
 const QByteArray kGoodbye = QByteArray::fromHex("00006601071070"); // 0x10 with no arguments
+struct LogTrouble { int when, number; QString status; };
 struct FoundCase { QString found; int error; QString port, status; };
 }
 
@@ -92,22 +93,19 @@ private slots:
 
     void logTrouble_data()
     {
-        QTest::addColumn<int>("when");
-        QTest::addColumn<int>("number");
-        QTest::addColumn<QString>("status");
+        QTest::addColumn<LogTrouble>("c");
         // the log is a directory: it cannot even be opened
-        QTest::newRow("no log at start-up") << 0 << 0
-                                            << "Unable to write the log file (Path/File access error: %1kvtDsw.log), going on without a log";
-        QTest::newRow("disk full in an operation") << 1 << int(VbError::DeviceIOError) << "Device I/O error: %1kvtDsw.log";
-        QTest::newRow("disk full at shut-down") << 2 << 0 << "";
+        QTest::newRow("no log at start-up")
+            << LogTrouble{0, 0, "Unable to write the log file (Path/File access error: %1kvtDsw.log), going on without a log"};
+        QTest::newRow("disk full in an operation") << LogTrouble{1, int(VbError::DeviceIOError), "Device I/O error: %1kvtDsw.log"};
+        QTest::newRow("disk full at shut-down") << LogTrouble{2, 0, ""};
     }
     // The log never costs the user the settings, and never stops the program; a
     // line that cannot be written mid-run is the running operation's error.
     void logTrouble()
     {
-        QFETCH(int, when);
-        QFETCH(int, number);
-        QFETCH(QString, status);
+        QFETCH(LogTrouble, c);
+        const auto& [when, number, status] = c;
         if (!QFileInfo::exists(QStringLiteral("/dev/full")))
             QSKIP("needs /dev/full");
         RecordingSerialPort lcPort;

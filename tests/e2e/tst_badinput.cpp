@@ -14,10 +14,6 @@
 #include <unistd.h>
 
 namespace {
-const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
-const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
-                              "--id", "12.0.34.5.6.7.8.9", "--flash", kGolden + "flash.img"};
-constexpr int kPageSize = 1024;
 // prepare: a step of Scene::Prepare; display: the simulated display's options, none: no display.
 struct BadCase { QString prepare; QByteArray content; QStringList display, arguments; int exitCode; QStringList says; };
 
