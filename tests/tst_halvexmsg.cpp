@@ -12,11 +12,6 @@
 #include <random>
 
 namespace {
-QByteArray Hex(const char* vsHex)
-{
-    return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
-}
-
 QByteArray Arguments(const clsHalvexMsg& vcMessage)
 {
     QByteArray lcArguments;

@@ -13,11 +13,6 @@
 #include <QTest>
 
 namespace {
-QByteArray Hex(const char* vsHex)
-{
-    return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
-}
-
 // A host frame as the program builds it.
 QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments = QByteArray())
 {

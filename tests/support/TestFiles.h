@@ -6,6 +6,12 @@
 #include <QStringList>
 #include <QTest>
 
+// Bytes written as spaced hex, "00 00 66 01".
+inline QByteArray Hex(const char* vsHex)
+{
+    return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
+}
+
 // Whole-file reads and writes for tests; a file that cannot be read is empty.
 inline QByteArray ReadAll(const QString& vsPath)
 {
