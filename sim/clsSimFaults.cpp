@@ -36,27 +36,6 @@ bool ReadPair(const QString& vsValue, qint32& rlKey, int& rlValue)
     rlValue = lcParts[1].toInt(&lbValue, 0);
     return lbKey && lbValue && rlKey >= 0 && rlValue >= 0 && rlValue <= 255;
 }
-
-// "1.2.3.4.5.6.7.8." or "1.2.3.4.5.6.7.8": eight bytes.
-bool ReadId(const QString& vsValue, QByteArray& rcId)
-{
-    QStringList lcParts = vsValue.split(QLatin1Char('.'));
-    if (!lcParts.isEmpty() && lcParts.last().isEmpty())
-        lcParts.removeLast();
-    if (lcParts.size() != 8)
-        return false;
-    QByteArray lcId;
-    for (const QString& lsPart : lcParts) {
-        bool lbOk = false;
-        const int llByte = lsPart.toInt(&lbOk);
-        if (!lbOk || llByte < 0 || llByte > 255)
-            return false;
-        lcId.append(char(llByte));
-    }
-    rcId = lcId;
-    return true;
-}
-
 }
 
 bool clsSimFaults::Parse(const QString& vsSpec, QString& rsError)
@@ -156,4 +135,23 @@ QString clsSimFaults::Help()
         "refuse-d9         answer the firmware download start with \"can't download\"\n"
         "only-func=F       drop, corrupt, wrong-func and late hit only answers to function F (0x33: writes)\n"
         "seed=N            seed of the fault rates (default 1)\n");
+}
+
+bool clsSimFaults::ReadId(const QString& vsValue, QByteArray& rcId)
+{
+    QStringList lcParts = vsValue.split(QLatin1Char('.'));
+    if (!lcParts.isEmpty() && lcParts.last().isEmpty())
+        lcParts.removeLast();
+    if (lcParts.size() != 8)
+        return false;
+    QByteArray lcId;
+    for (const QString& lsPart : lcParts) {
+        bool lbOk = false;
+        const int llByte = lsPart.toInt(&lbOk);
+        if (!lbOk || llByte < 0 || llByte > 255)
+            return false;
+        lcId.append(char(llByte));
+    }
+    rcId = lcId;
+    return true;
 }

@@ -60,4 +60,6 @@ struct clsSimFaults {
     bool Parse(const QString& vsSpec, QString& rsError);
     // The names Parse knows, one per line with its meaning, for --help.
     static QString Help();
+    // "12.0.34.5.6.7.8.9", the program's way of showing an ID (trailing point optional): eight bytes.
+    static bool ReadId(const QString& vsValue, QByteArray& rcId);
 };

@@ -17,24 +17,11 @@ constexpr int kSafeMaxData = 122;
 // "12.0.34.5.6.7.8.9" (the program's way of showing an ID, trailing point optional) or 16 hex digits.
 bool ReadId(const QString& vsText, QByteArray& rcId)
 {
-    QStringList lcParts = vsText.split(QLatin1Char('.'));
-    if (lcParts.size() == 1) {
+    if (!vsText.contains(QLatin1Char('.'))) {
         rcId = QByteArray::fromHex(vsText.toLatin1());
         return vsText.size() == 16 && rcId.size() == 8 && rcId.toHex().compare(vsText.toLatin1(), Qt::CaseInsensitive) == 0;
     }
-    if (lcParts.last().isEmpty())
-        lcParts.removeLast();
-    if (lcParts.size() != 8)
-        return false;
-    rcId.clear();
-    for (const QString& lsPart : lcParts) {
-        bool lbOk = false;
-        const int llByte = lsPart.toInt(&lbOk);
-        if (!lbOk || llByte < 0 || llByte > 255)
-            return false;
-        rcId.append(char(llByte));
-    }
-    return true;
+    return clsSimFaults::ReadId(vsText, rcId);
 }
 
 bool ApplyFault(const QString& vsSpec, clsSimFaults& rcFaults, clsSimBootloader& rcBootloader, QString& rsError)

@@ -1,6 +1,7 @@
 // From page files to finished records: the golden sets of tests/data, the
 // import from a simulated display, the km rescaling and the bad files.
 
+#include "support/GoldenData.h"
 #include "support/PageFile.h"
 #include "support/TestFiles.h"
 #include "support/SimRig.h"
@@ -86,7 +87,7 @@ private slots:
         QTest::addColumn<QString>("set");
         const QDir lcData(QStringLiteral(CORVANE_TEST_DATA));
         for (const QString& lsSet : lcData.entryList({QStringLiteral("pipeline-*")}, QDir::Dirs))
-            QTest::newRow(qPrintable(lsSet)) << lcData.filePath(lsSet);
+            QTest::newRow(qPrintable(lsSet)) << lsSet;
     }
     // Each set holds page files, the geometry they came from, perhaps its own
     // place table, and the lines the finished records must give (route included).
@@ -94,21 +95,11 @@ private slots:
     {
         QFETCH(QString, set);
         TestApp a(nullptr, false);
-        const QDir lcSet(set);
-        for (const QString& lsFile : lcSet.entryList({QStringLiteral("Page*.DSW"), QStringLiteral("postcode.gps")}))
-            QVERIFY(QFile::copy(lcSet.filePath(lsFile), a.Home() + lsFile));
-        a.app->Init();
-        QFile lcGeometry(lcSet.filePath(QStringLiteral("geometry.txt")));
-        QVERIFY(lcGeometry.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lcNumbers = lcGeometry.readAll().simplified().split(' ');
-        QCOMPARE(lcNumbers.size(), 3);
-        clsError lcError;
-        a.app->DecodeAndProcess(lcError, Geometry(lcNumbers[0].toInt(), lcNumbers[1].toInt(), lcNumbers[2].toInt()));
-        QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+        LoadSet(a, set);
         QStringList lcLines;
         for (int i = 1; i <= a.app->Records().Count(); ++i)
             lcLines << a.app->Records().Item(i).GetFullStringWithDelimiter(QStringLiteral("\t"), true);
-        QFile lcExpected(lcSet.filePath(QStringLiteral("expected.txt")));
+        QFile lcExpected(QStringLiteral(CORVANE_TEST_DATA "/%1/expected.txt").arg(set));
         // CORVANE_UPDATE_GOLDEN=1 rewrites the expected lines after a deliberate change; review the diff.
         if (qEnvironmentVariableIsSet("CORVANE_UPDATE_GOLDEN"))
             QVERIFY(lcExpected.open(QIODevice::WriteOnly) && lcExpected.write((lcLines.join('\n') + '\n').toUtf8()) > 0 && lcExpected.flush());

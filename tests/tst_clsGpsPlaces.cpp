@@ -1,6 +1,7 @@
 // The place table: how postcode.gps is read, where the application finds it,
 // the nearest-place search with its kept quirks, and its index against the scan.
 
+#include "GoldenData.h"
 #include "data/clsGpsPlaces.h"
 #include "platform/Err.h"
 #include "support/TestApp.h"
@@ -39,27 +40,24 @@ private slots:
     void init() { mcDialogs.boxes.clear(); }
     void loading_data()
     {
-        QTest::addColumn<bool>("exists");
-        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("content");
         QTest::addColumn<int>("count");
         QTest::addColumn<QStringList>("boxes");
-        QTest::newRow("table") << true << kTable << 3 << QStringList();
-        QTest::newRow("lone LF and no last ending") << true << QByteArray("1;2;a\n3;4;b") << 2 << QStringList();
-        QTest::newRow("empty file") << true << QByteArray() << 0 << QStringList();
-        QTest::newRow("missing file") << false << QByteArray() << 0 << QStringList{kCantFind, kCantOpen};
-        QTest::newRow("line without separator") << true << QByteArray("1;2;a\r\nnothing here\r\n") << 0
-                                                << QStringList{kCantOpen};
-        QTest::newRow("second separator missing") << true << QByteArray("1;2\r\n") << 0 << QStringList{kCantOpen};
-        QTest::newRow("empty line") << true << QByteArray("1;2;a\r\n\r\n3;4;b\r\n") << 0 << QStringList{kCantOpen};
-        QTest::newRow("number beyond 32 bits") << true << QByteArray("3000000000;1;x\r\n") << 0 << QStringList{kCantOpen};
+        const QMap<QString, QString> lcBoxes{{"find", kCantFind}, {"open", kCantOpen}};
+        for (const QStringList& f : DataTable(QStringLiteral("places-loading.txt"), 4)) {
+            QStringList lcShown;
+            for (const QString& lsBox : f[3].split(QLatin1Char(' '), Qt::SkipEmptyParts))
+                lcShown << lcBoxes[lsBox];
+            QTest::newRow(qPrintable(f[0])) << f[1] << f[2].toInt() << lcShown;
+        }
     }
     void loading()
     {
-        QFETCH(bool, exists);
-        QFETCH(QByteArray, content);
+        QFETCH(QString, content);
         QFETCH(int, count);
         QFETCH(QStringList, boxes);
-        clsGpsPlaces* lcPlaces = Load(exists ? &content : nullptr);
+        const QByteArray lcContent = content.toLatin1();
+        clsGpsPlaces* lcPlaces = Load(content == QLatin1String("-") ? nullptr : &lcContent);
         QCOMPARE(lcPlaces->Count(), count);
         QStringList lcShown;
         for (const FakeUserDialogs::Box& lcBox : mcDialogs.boxes) {
@@ -93,20 +91,8 @@ private slots:
         QTest::addColumn<qint32>("latitude");
         QTest::addColumn<qint32>("longitude");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("on A, the earlier of two") << 2000000 << 1000000 << "A";
-        QTest::newRow("on B") << 2000000 << 1111110 << "B";
-        QTest::newRow("half-way, earlier line wins") << 2000000 << 1055555 << "A";
-        QTest::newRow("one unit nearer B") << 2000000 << 1055556 << "B";
-        QTest::newRow("55555 north") << 2055555 << 1000000 << "A";
-        QTest::newRow("55556 north") << 2055556 << 1000000 << "";
-        QTest::newRow("55555 west") << 2000000 << 944445 << "A";
-        QTest::newRow("55556 south") << 1944444 << 1000000 << "";
-        QTest::newRow("33333 by 44444 is 55555") << 2033333 << 955556 << "A";
-        QTest::newRow("33334 by 44444 is beyond") << 2033334 << 955556 << "";
-        QTest::newRow("zero latitude") << 0 << 1000000 << " ";
-        QTest::newRow("zero longitude") << 2000000 << 0 << " ";
-        QTest::newRow("near (0,0) the empty slot wins") << 10 << 10 << "";
-        QTest::newRow("negative position") << -5 << -7 << "";
+        for (const QStringList& f : DataTable(QStringLiteral("places-search.txt"), 4))
+            QTest::newRow(qPrintable(f[0])) << f[1].toInt() << f[2].toInt() << f[3];
     }
     void search()
     {
@@ -218,9 +204,7 @@ private slots:
         lcTest.app = std::make_unique<clsApplication>(lcPlatform);
         lcTest.app->Init();
         QCOMPARE(lcTest.dialogs.boxes.size(), 2);
-        QCOMPARE(lcTest.dialogs.boxes[0].text, QStringLiteral("ERROR Can't find file :postcode.gps"));
-        QCOMPARE(lcTest.dialogs.boxes[1].text, QStringLiteral("ERROR in opening file:postcode.gps"));
-        QCOMPARE(lcTest.dialogs.boxes[1].title, QStringLiteral("Error"));
+        QCOMPARE(lcTest.dialogs.boxes[0].text + lcTest.dialogs.boxes[1].text, kCantFind + kCantOpen);
         QVERIFY(lcTest.app->IsInitialised());
     }
 

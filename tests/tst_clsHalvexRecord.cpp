@@ -2,6 +2,7 @@
 // column texts, with their odd kept cases, in tests/data/record-columns.txt)
 // and what the simulator's logbook writes, byte for byte.
 
+#include "GoldenData.h"
 #include "data/clsGpsPlaces.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordColumns.h"
@@ -15,12 +16,6 @@ using Bytes = clsHalvexRecord::Bytes;
 
 constexpr qint32 kLat5221 = 54000000 + 52 * 600000 + 21 * 10000 + 4567; // N,52,21.4567
 constexpr qint32 kLon0453 = 108000000 + 4 * 600000 + 53 * 10000 + 1234; // E,004,53.1234
-
-void Put16(Bytes& b, int at, quint32 v)
-{
-    b[size_t(at)] = quint8(v);
-    b[size_t(at + 1)] = quint8(v >> 8);
-}
 
 // A record of the given kind with a fix at a Dutch position on 5-3-2007, 07:05:40 to 08:30:00.
 Bytes Fix(int vlType)
@@ -68,40 +63,18 @@ qint64 Field31(const QByteArray& vcRecord, int vlOffset)
                   (quint8(vcRecord[vlOffset + 2]) << 16) | (quint8(vcRecord[vlOffset + 3] & 0x7F) << 24));
 }
 
-// The rows of a tab-separated table in tests/data, its comment lines left out.
-QList<QStringList> Table(const QString& vsName, int vlFields)
-{
-    QFile lcFile(QStringLiteral(CORVANE_TEST_DATA "/") + vsName);
-    QList<QStringList> lcRows;
-    if (lcFile.open(QIODevice::ReadOnly | QIODevice::Text))
-        for (const QString& lsLine : QString::fromUtf8(lcFile.readAll()).split(QLatin1Char('\n')))
-            if (!lsLine.startsWith(QLatin1Char('#')) && lsLine.count(QLatin1Char('\t')) == vlFields - 1)
-                lcRows << lsLine.split(QLatin1Char('\t'));
-    return lcRows;
-}
-
 using Setter = std::function<void(clsSimRecordFields&, const QString&)>;
 // Each field of the simulator's record by name, from its text in tests/data/sim-records.txt.
+#define FIELD(name, value) {#name, [](clsSimRecordFields& f, const QString& v) { f.name = decltype(f.name)(value); }}
 const QMap<QString, Setter> kFieldSetters = {
-    {"RecordType", [](clsSimRecordFields& f, const QString& v) { f.RecordType = quint8(v.toInt()); }},
-    {"HasFix", [](clsSimRecordFields& f, const QString& v) { f.HasFix = v.toInt(); }},
-    {"Date", [](clsSimRecordFields& f, const QString& v) { f.Date = QDate::fromString(v, Qt::ISODate); }},
-    {"StartTime", [](clsSimRecordFields& f, const QString& v) { f.StartTime = QTime::fromString(v); }},
-    {"StopTime", [](clsSimRecordFields& f, const QString& v) { f.StopTime = QTime::fromString(v); }},
-    {"Latitude", [](clsSimRecordFields& f, const QString& v) { f.Latitude = v.toDouble(); }},
-    {"Longitude", [](clsSimRecordFields& f, const QString& v) { f.Longitude = v.toDouble(); }},
-    {"TripType", [](clsSimRecordFields& f, const QString& v) { f.TripType = quint8(v.toInt()); }},
-    {"Direction", [](clsSimRecordFields& f, const QString& v) { f.Direction = v.toInt(); }},
-    {"Speed", [](clsSimRecordFields& f, const QString& v) { f.Speed = quint8(v.toInt()); }},
-    {"KmCounter", [](clsSimRecordFields& f, const QString& v) { f.KmCounter = v.toInt(); }},
-    {"TankReceipt", [](clsSimRecordFields& f, const QString& v) { f.TankReceipt = quint16(v.toInt()); }},
-    {"FrequencyBand", [](clsSimRecordFields& f, const QString& v) { f.FrequencyBand = quint8(v.toInt()); }},
-    {"FrequencyOffset", [](clsSimRecordFields& f, const QString& v) { f.FrequencyOffset = quint16(v.toInt()); }},
-    {"Amplitude", [](clsSimRecordFields& f, const QString& v) { f.Amplitude = quint8(v.toInt()); }},
-    {"PreviousKm", [](clsSimRecordFields& f, const QString& v) { f.PreviousKm = v.toInt(); }},
-    {"DriveTimeMarker", [](clsSimRecordFields& f, const QString& v) { f.DriveTimeMarker = v.toInt(); }},
-    {"DriveTime", [](clsSimRecordFields& f, const QString& v) { f.DriveTime = QTime::fromString(v); }},
+    FIELD(RecordType, v.toInt()), FIELD(HasFix, v.toInt()), FIELD(TripType, v.toInt()), FIELD(Direction, v.toInt()),
+    FIELD(Speed, v.toInt()), FIELD(KmCounter, v.toInt()), FIELD(TankReceipt, v.toInt()), FIELD(Amplitude, v.toInt()),
+    FIELD(FrequencyBand, v.toInt()), FIELD(FrequencyOffset, v.toInt()), FIELD(PreviousKm, v.toInt()),
+    FIELD(DriveTimeMarker, v.toInt()), FIELD(Latitude, v.toDouble()), FIELD(Longitude, v.toDouble()),
+    FIELD(Date, QDate::fromString(v, Qt::ISODate)), FIELD(StartTime, QTime::fromString(v)),
+    FIELD(StopTime, QTime::fromString(v)), FIELD(DriveTime, QTime::fromString(v)),
 };
+#undef FIELD
 }
 Q_DECLARE_METATYPE(Bytes)
 
@@ -113,37 +86,24 @@ private slots:
     void validity_data()
     {
         QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<bool>("validGps");
-        QTest::addColumn<bool>("validKm");
-        const Bytes lcTrip = Fix(2);
-        const QByteArray lcTripBytes(reinterpret_cast<const char*>(lcTrip.data()), 24);
-        QTest::newRow("24 bytes") << lcTripBytes << true << true << true;
-        QTest::newRow("23 bytes") << lcTripBytes.left(23) << false << false << false;
-        QTest::newRow("25 bytes") << lcTripBytes + char(0) << false << false << false;
-        QTest::newRow("empty slot") << QByteArray(lcTripBytes).replace(17, 1, "\xFF") << false << false << false;
-        QTest::newRow("bytes 20-23 erased") << QByteArray(lcTripBytes).replace(20, 4, QByteArray(4, char(255))) << true << true << false;
-        QTest::newRow("radar has no km") << QByteArray(lcTripBytes).replace(17, 1, "\x03") << true << true << false;
-        QTest::newRow("bytes 6-13 zero") << QByteArray(lcTripBytes).replace(6, 8, QByteArray(8, 0)) << true << false << true;
+        QTest::addColumn<QString>("expected"); // IsValid, ValidGps, IsValidKmStand
+        for (const QStringList& f : DataTable(QStringLiteral("record-validity.txt"), 3))
+            QTest::newRow(qPrintable(f[0])) << QByteArray::fromHex(f[1].toLatin1()) << f[2];
     }
     void validity()
     {
         QFETCH(QByteArray, data);
-        QFETCH(bool, valid);
-        QFETCH(bool, validGps);
-        QFETCH(bool, validKm);
+        QFETCH(QString, expected);
         clsHalvexRecord r;
         r.DeCodeData(reinterpret_cast<const quint8*>(data.constData()), int(data.size()));
-        QCOMPARE(r.IsValid(), valid);
-        QCOMPARE(r.ValidGps(), validGps);
-        QCOMPARE(r.IsValidKmStand(), validKm);
+        QCOMPARE(QStringLiteral("%1 %2 %3").arg(int(r.IsValid())).arg(int(r.ValidGps())).arg(int(r.IsValidKmStand())), expected);
     }
     void columns_data()
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QString>("column");
         QTest::addColumn<QString>("expected");
-        for (const QStringList& f : Table(QStringLiteral("record-columns.txt"), 4))
+        for (const QStringList& f : DataTable(QStringLiteral("record-columns.txt"), 4))
             QTest::newRow(qPrintable(f[0])) << QByteArray::fromHex(f[1].toLatin1()) << f[2] << f[3];
     }
     void columns()
@@ -162,7 +122,7 @@ private slots:
         QTest::addColumn<int>("mode");
         QTest::addColumn<qint32>("value");
         QTest::addColumn<QString>("expected");
-        for (const QStringList& f : Table(QStringLiteral("coordinate-texts.txt"), 5))
+        for (const QStringList& f : DataTable(QStringLiteral("coordinate-texts.txt"), 5))
             QTest::newRow(qPrintable(f[0])) << (f[1] == QLatin1String("latitude")) << f[2].toInt() << f[3].toInt() << f[4];
     }
     void coordinateTexts()
@@ -230,7 +190,8 @@ private slots:
     {
         Bytes lcTankBytes = NoFix(Fix(7));
         lcTankBytes[14] = 1;
-        Put16(lcTankBytes, 22, 99);
+        lcTankBytes[22] = 99; // tank receipt, bytes 22-23
+        lcTankBytes[23] = 0;
         clsHalvexRecord lcTank = Decode(lcTankBytes);
         clsHalvexRecord lcWithoutFix = Decode(NoFix(Fix(2)));
         lcTank.copyToTankstopRecord(lcWithoutFix);
@@ -255,7 +216,7 @@ private slots:
     {
         QTest::addColumn<QString>("fields");
         QTest::addColumn<QByteArray>("expected");
-        for (const QStringList& f : Table(QStringLiteral("sim-records.txt"), 3))
+        for (const QStringList& f : DataTable(QStringLiteral("sim-records.txt"), 3))
             QTest::newRow(qPrintable(f[0])) << f[1] << f[2].toLatin1();
     }
     void encode()

@@ -4,10 +4,10 @@
 // tab-delimited file, and that a save that fails never costs the user an
 // earlier export.
 
+#include "GoldenData.h"
 #include "TestFiles.h"
 #include "support/TestApp.h"
 #include "app/clsSettings.h"
-#include "data/clsFlashMemInfo.h"
 #include "data/clsRecordCollection.h"
 #include "export/clsExcel.h"
 #include "export/clsTabDelimited.h"
@@ -22,27 +22,6 @@
 
 namespace {
 const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/export/");
-
-// Decodes a golden set in the home of an application not started yet, its own
-// place table (or vcTable) included; the table is loaded as the application starts.
-void LoadSet(TestApp& rcApp, const QString& vsSet, const QByteArray& vcTable = QByteArray())
-{
-    const QDir lcSet(QStringLiteral(CORVANE_TEST_DATA "/") + vsSet);
-    for (const QString& lsFile : lcSet.entryList({QStringLiteral("Page*.DSW"), QStringLiteral("postcode.gps")}))
-        QVERIFY(QFile::copy(lcSet.filePath(lsFile), rcApp.Home() + lsFile));
-    if (!vcTable.isEmpty())
-        WriteAll(rcApp.Home() + QStringLiteral("postcode.gps"), vcTable);
-    rcApp.app->Init();
-    const QList<QByteArray> lcNumbers = ReadAll(lcSet.filePath(QStringLiteral("geometry.txt"))).simplified().split(' ');
-    QCOMPARE(lcNumbers.size(), 3);
-    clsFlashMemInfo lcInfo;
-    lcInfo.SetFirstPage(lcNumbers[0].toInt());
-    lcInfo.SetLastPage(lcNumbers[1].toInt());
-    lcInfo.SetSizeOnePage(lcNumbers[2].toInt());
-    clsError lcError;
-    rcApp.app->DecodeAndProcess(lcError, lcInfo);
-    QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
-}
 
 QByteArray Run(const QString& vsProgram, const QStringList& vcArguments)
 {
@@ -83,8 +62,7 @@ struct FileSizeLimit {
     }
 };
 
-// table: the set's own place table, or the hand-built one with "2801 Gouda"
-// renamed to hold a comma, quotes and two Windows-1252 characters outside Latin-1
+// A row of tests/data/export-cases.txt.
 struct GoldenCase { QString set; bool awkwardPlace, nothingSelected; QString format, golden, status; };
 }
 Q_DECLARE_METATYPE(GoldenCase)
@@ -104,21 +82,8 @@ private slots:
     void golden_data()
     {
         QTest::addColumn<GoldenCase>("c");
-        const QString lsHand = QStringLiteral("pipeline-handbuilt");
-        QTest::newRow("txt") << GoldenCase{lsHand, false, false, "txt", "handbuilt.txt", "Save to file"};
-        QTest::newRow("csv") << GoldenCase{lsHand, false, false, "csv", "handbuilt.csv", ""};
-        QTest::newRow("csv, generated") << GoldenCase{"pipeline-generated", false, false, "csv", "generated.csv", ""};
-        QTest::newRow("csv, page gaps") << GoldenCase{"pipeline-gaps", false, false, "csv", "gaps.csv", ""};
-        QTest::newRow("txt, awkward place") << GoldenCase{lsHand, true, false, "txt", "awkward.txt", ""};
-        QTest::newRow("csv, awkward place") << GoldenCase{lsHand, true, false, "csv", "awkward.csv", ""};
-        QTest::newRow("xlsx") << GoldenCase{lsHand, false, false, "xlsx", "handbuilt.xlsx.xml", ""};
-        QTest::newRow("gpx") << GoldenCase{lsHand, false, false, "gpx", "handbuilt.gpx",
-                                           "2 record(s) without a position left out"};
-        QTest::newRow("kml") << GoldenCase{lsHand, false, false, "kml", "handbuilt.kml", ""};
-        QTest::newRow("pdf") << GoldenCase{lsHand, false, false, "pdf", "handbuilt.pdf.txt", ""};
-        QTest::newRow("csv, nothing selected") << GoldenCase{lsHand, false, true, "csv", "empty.csv", ""};
-        QTest::newRow("gpx, nothing selected") << GoldenCase{lsHand, false, true, "gpx", "empty.gpx", ""};
-        QTest::newRow("kml, nothing selected") << GoldenCase{lsHand, false, true, "kml", "empty.kml", ""};
+        for (const QStringList& f : DataTable(QStringLiteral("export-cases.txt"), 7))
+            QTest::newRow(qPrintable(f[0])) << GoldenCase{f[1], f[2] == "awkward", f[3] == "none", f[4], f[5], f[6]};
     }
     void golden()
     {

@@ -3,6 +3,7 @@
 // against the simulated display and its bootloader, whose own judgement of
 // records is pinned first.
 
+#include "support/GoldenData.h"
 #include "support/SimRig.h"
 #include "support/TestFiles.h"
 
@@ -57,7 +58,13 @@ clsError Download(SimRig& r, const QString& vsFile)
 }
 
 const QStringList kWarning{"MdWarning(1)", "MdWarning(0)"};
+
+struct StreamCase { QString fault; QList<int> sends; int resyncs; quint32 minMs, maxMs; };
+// file: "-" none, "?" not there, else the header
+struct HandshakeCase { QString file, fault, box; QList<int> funcs; int error; };
 }
+Q_DECLARE_METATYPE(StreamCase)
+Q_DECLARE_METATYPE(HandshakeCase)
 
 class tst_Firmware : public QObject
 {
@@ -71,21 +78,8 @@ private slots:
         QTest::addColumn<QString>("chunks");
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QByteArray>("answers");
-        // 3A 02 0010 00 AA BB cs: 02+00+10+00+AA+BB = 0x177, cs = 0x89.
-        const QString r = QStringLiteral("3a02001000aabb89");
-        QTest::newRow("data record") << r << "" << QByteArray("OK\r\n");
-        QTest::newRow("record split over three reads") << "3a|0200|1000aabb89" << "" << QByteArray("OK\r\n");
-        QTest::newRow("two records in one read") << r + r << "" << QByteArray("OK\r\nOK\r\n");
-        QTest::newRow("bad checksum") << "3a02001000aabb88" << "" << QByteArray("NAK\r\n");
-        QTest::newRow("unknown record type") << "3a02001007aabb82" << "" << QByteArray("NAK\r\n");
-        QTest::newRow("end record") << "3a00000001ff" << "" << QByteArray("ACK\r\n");
-        QTest::newRow("resync fill between records") << QString::fromLatin1(QByteArray(256, 'Y').toHex()) + "|" + r << "" << QByteArray("OK\r\n");
-        QTest::newRow("start command") << "4853" << "" << QByteArray("REB\r\n");
-        QTest::newRow("H without S is noise") << "48|59" + r << "" << QByteArray("OK\r\n");
-        QTest::newRow("nak-lines=2: the third try passes") << r + "|" + r + "|" + r << "nak-lines" << QByteArray("NAK\r\nNAK\r\nOK\r\n");
-        QTest::newRow("silent on the start command") << "4853" << "silent-start" << QByteArray();
-        QTest::newRow("silent-lines=1: the second try is answered") << r + "|" + r << "silent-lines" << QByteArray("OK\r\n");
-        QTest::newRow("reb-at=2: restarts before the end") << r + "|" + r + "|" + r << "reb-at" << QByteArray("OK\r\nREB\r\n");
+        for (const QStringList& f : DataTable(QStringLiteral("bootloader-answers.txt"), 4))
+            QTest::newRow(qPrintable(f[0])) << f[1] << f[2] << f[3].toLatin1();
     }
     void bootloader()
     {
@@ -109,33 +103,18 @@ private slots:
     // bootloader was given it.
     void streamRules_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QList<int>>("sends");
-        QTest::addColumn<int>("resyncs");
-        QTest::addColumn<quint32>("minMs"); // virtual time of the stream, at least
-        QTest::addColumn<quint32>("maxMs");
-        QTest::newRow("every line answered") << "" << QList<int>{1, 1, 1, 1, 1} << 0 << 0u << 1000u;
-        QTest::newRow("NAK twice, then OK: sent three times") << "nak-lines=2" << QList<int>{3, 1, 1, 1, 1} << 0 << 0u << 1000u;
-        QTest::newRow("NAK has no limit") << "nak-lines=30" << QList<int>{31, 1, 1, 1, 1} << 0 << 0u << 1000u;
-        QTest::newRow("silent start command: four sends, then done")
-            << "silent-start=1" << QList<int>{1, 1, 1, 1, 4} << 0 << 20000u << 21000u;
-        QTest::newRow("three silences: the fourth send is answered")
-            << "silent-lines=3" << QList<int>{4, 1, 1, 1, 1} << 0 << 15000u << 16000u;
-        QTest::newRow("four silences: 256 Y, then the line again")
-            << "silent-lines=4" << QList<int>{5, 1, 1, 1, 1} << 1 << 20356u << 21500u;
-        QTest::newRow("eight silences: two resync rounds")
-            << "silent-lines=8" << QList<int>{9, 1, 1, 1, 1} << 2 << 40712u << 42500u;
-        QTest::newRow("REB before the end: the rest is not sent") << "reb-at=2" << QList<int>{1, 1, 0, 0, 0} << 0 << 0u << 1000u;
-        QTest::newRow("answers without line end are judged only after 5000 ms")
-            << "bare-ack" << QList<int>{1, 1, 1, 1, 1} << 0 << 25000u << 26000u;
+        QTest::addColumn<StreamCase>("c");
+        for (const QStringList& f : DataTable(QStringLiteral("firmware-stream.txt"), 6)) {
+            QList<int> lcSends;
+            for (const QString& lsCount : f[2].split(QLatin1Char(' ')))
+                lcSends << lsCount.toInt();
+            QTest::newRow(qPrintable(f[0])) << StreamCase{f[1], lcSends, f[3].toInt(), f[4].toUInt(), f[5].toUInt()};
+        }
     }
     void streamRules()
     {
-        QFETCH(QString, fault);
-        QFETCH(QList<int>, sends);
-        QFETCH(int, resyncs);
-        QFETCH(quint32, minMs);
-        QFETCH(quint32, maxMs);
+        QFETCH(StreamCase, c);
+        const QString& fault = c.fault;
         SimRig r;
         const QList<QByteArray> lcLines = Records(3);
         const QString lsFile = PutFirmware(r, "MD firmware 1.2", lcLines);
@@ -156,13 +135,13 @@ private slots:
             });
         clsError lcError = Download(r, lsFile);
         QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
-        QCOMPARE(Sends(r, lcLines), sends);
-        QCOMPARE(int(r.bootloaderReceived.count(QByteArray(256, 'Y'))), resyncs);
+        QCOMPARE(Sends(r, lcLines), c.sends);
+        QCOMPARE(int(r.bootloaderReceived.count(QByteArray(256, 'Y'))), c.resyncs);
         // no line ends travel, nor the header
         QVERIFY(!r.bootloaderReceived.contains('\r') && !r.bootloaderReceived.contains('\n'));
         QVERIFY(!r.bootloaderReceived.contains("MD "));
         const quint32 llMs = r.clock->timeGetTime();
-        QVERIFY2(llMs >= minMs && llMs <= maxMs, qPrintable(QString::number(llMs)));
+        QVERIFY2(llMs >= c.minMs && llMs <= c.maxMs, qPrintable(QString::number(llMs)));
         QCOMPARE(Boxes(r), QStringList());
         // the highlighted warning and the screen text around the stream
         QCOMPARE(r.Funcs(), (QList<int>{0x0F, 0xD9, 0x0F, 0xCB}));
@@ -176,35 +155,19 @@ private slots:
     // Each way out of the handshake, with its box and the display's screen texts.
     void handshake_data()
     {
-        QTest::addColumn<QString>("file"); // "-" none, "?" not there, else the header
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QList<int>>("funcs");
-        QTest::addColumn<int>("error");
-        const QList<int> lcRefused{0x0F, 0xD9, 0x0F, 0xCB};
-        // in the bootloader the display takes no frames: the last 0x0F and 0xCB go unheard
-        const QList<int> lcInBootloader{0x0F, 0xD9};
-        const QString lsLine3 = QStringLiteral("ERROR: Line 3 of '%1fw.kvt_md' is ");
-        QTest::newRow("no file chosen") << "-" << "" << "ERROR: No download file selected." << QList<int>{0xCB} << 0x20000009;
-        QTest::newRow("file missing") << "?" << "" << "ERROR: Unable to find file '%1fw.kvt_md'" << QList<int>{0xCB}
-                                      << 0x2000000A;
-        QTest::newRow("a line that is not hex") << "bad" << "" << lsLine3 + "not made of pairs of hexadecimal digits."
-                                                << QList<int>{0xCB} << 0x20000004;
-        QTest::newRow("an empty line") << "empty" << "" << lsLine3 + "empty." << QList<int>{0xCB} << 0x20000004;
-        QTest::newRow("no answer to 0xD9") << "MD x" << "silent-d9" << "ERROR: Display not found." << lcRefused << 0x20000001;
-        QTest::newRow("display can't download") << "MD x" << "refuse-d9" << "ERROR: Device can't download." << lcRefused
-                                                << 0x20000001;
-        QTest::newRow("header not MD: nothing sent, no word") << "XD x" << "" << "" << lcInBootloader << 0;
-        QTest::newRow("header alone") << "MD x" << "header-only" << "Error: ERROR in opening software download file:%1fw.kvt_md"
-                                      << lcInBootloader << 0x20000004;
+        QTest::addColumn<HandshakeCase>("c");
+        for (const QStringList& f : DataTable(QStringLiteral("firmware-handshake.txt"), 6)) {
+            QList<int> lcFuncs;
+            for (const char lcFunc : QByteArray::fromHex(f[4].toLatin1()))
+                lcFuncs << quint8(lcFunc);
+            QTest::newRow(qPrintable(f[0])) << HandshakeCase{f[1], f[2], f[3], lcFuncs, f[5].toInt(nullptr, 0)};
+        }
     }
     void handshake()
     {
-        QFETCH(QString, file);
-        QFETCH(QString, fault);
-        QFETCH(QString, box);
-        QFETCH(QList<int>, funcs);
-        QFETCH(int, error);
+        QFETCH(HandshakeCase, c);
+        const QString &file = c.file, &fault = c.fault, &box = c.box;
+        const QList<int>& funcs = c.funcs;
         SimRig r;
         QString lsError;
         if (fault.endsWith(QLatin1String("-d9")))
@@ -222,7 +185,7 @@ private slots:
             lsFile.clear();
         else if (file == QLatin1String("?"))
             QFile::remove(lsFile);
-        QCOMPARE(Download(r, lsFile).Error(), error);
+        QCOMPARE(Download(r, lsFile).Error(), c.error);
         QCOMPARE(Boxes(r), box.isEmpty() ? QStringList() : QStringList{QString(box).replace("%1", r.t.Home())});
         QCOMPARE(r.Funcs(), funcs);
         if (funcs.size() > 1) {

@@ -3,6 +3,7 @@
 // frame around each action, the record grid's filter, the placeholders, the
 // quit question, the About box and the port dialog.
 
+#include "GoldenData.h"
 #include "SimRig.h"
 #include "TestFiles.h"
 #include "app/clsSettings.h"
@@ -53,6 +54,17 @@ struct WindowRig {
         window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window));
     }
+    // Whether any of the controls was enabled, sampled at every status change while an operation runs.
+    QList<bool> during;
+    void Watch(const std::function<bool()>& vAnyEnabled)
+    {
+        const auto lcSample = [this, vAnyEnabled]() {
+            if (app().CommunicationIsRunning())
+                during << vAnyEnabled();
+        };
+        QObject::connect(&app(), &clsApplication::StatusShown, &window, lcSample);
+        QObject::connect(&window.GridModel(), &QAbstractItemModel::modelReset, &window, lcSample);
+    }
     QString StatusLine() const
     {
         return window.findChild<QLabel*>(QStringLiteral("lblStatusLine"))->text().left(90).trimmed();
@@ -67,7 +79,17 @@ QString Caption(QObject* vcControl)
             return vcControl->property(lsProperty).toString();
     return QString();
 }
+
+const QStringList kGridBoxes = {"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
+                                "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"};
+// Select button and tick box suffix, text box, settings index, dialog filter.
+const QList<QStringList> kFileRows = DataTable(QStringLiteral("frmMain-files.txt"), 4);
+struct FrameCase { QString control; bool silent; QList<MsgResult> answers; QString status; };
+// A row of tests/data/frmMain-uploads.txt.
+struct UploadCase { QString button; QStringList clicks; QString file, box; };
 }
+Q_DECLARE_METATYPE(FrameCase)
+Q_DECLARE_METATYPE(UploadCase)
 
 class tst_frmMain : public QObject
 {
@@ -85,13 +107,8 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("caption");
-        QFile lcFile(QStringLiteral(CORVANE_TEST_DATA "/frmMain-controls.txt"));
-        QVERIFY(lcFile.open(QIODevice::ReadOnly));
-        for (const QByteArray& lcLine : lcFile.readAll().split('\n')) {
-            const QList<QByteArray> f = lcLine.split('\t');
-            if (f.size() == 2 && !lcLine.startsWith('#'))
-                QTest::newRow(f[0].constData()) << QString::fromUtf8(f[0]) << QString::fromUtf8(f[1]).replace("\\n", "\n");
-        }
+        for (const QStringList& f : DataTable(QStringLiteral("frmMain-controls.txt"), 2))
+            QTest::newRow(qPrintable(f[0])) << f[0] << f[1];
     }
     void controls()
     {
@@ -102,7 +119,6 @@ private slots:
         QCOMPARE(lcFound.size(), 1);
         QCOMPARE(Caption(lcFound.first()), caption);
     }
-    // The documented access keys are Alt and the letter after "&": "C&opy" is Alt+O.
     void firstActivation()
     {
         WindowRig w;
@@ -130,118 +146,70 @@ private slots:
         QCOMPARE(w.Find<QTableView>(QStringLiteral("flexGrid"))->model()->columnCount(), 21);
         QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtUpdateDbSSL"))->text(), QStringLiteral("/data/spots.ssl"));
         QCOMPARE(w.Find<QLineEdit>(QStringLiteral("txtSelectKVTSND"))->text(), QStringLiteral("/data/sounds.kvt_snd"));
-        QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdDownload"))->text()),
-                 QKeySequence(Qt::ALT | Qt::Key_O));
-        QCOMPARE(QKeySequence::mnemonic(w.Find<QPushButton>(QStringLiteral("cmdClearRouteAndPoliceTable"))->text()),
-                 QKeySequence(Qt::ALT | Qt::Key_L));
     }
     void frame_data()
     {
-        QTest::addColumn<QString>("control");
-        QTest::addColumn<bool>("silent");
-        QTest::addColumn<QList<MsgResult>>("answers");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("Copy") << "cmdDownload" << false << QList<MsgResult>{} << "Copied";
-        QTest::newRow("Copy, display silent, cancelled") << "cmdDownload" << true << QList<MsgResult>{MsgResult::Cancel}
-                                                         << "Action cancelled by user.";
-        QTest::newRow("Route log box") << "cheRitRegistratie" << false << QList<MsgResult>{} << "Copied";
-        QTest::newRow("DBG kmCo box") << "cheDebugKmCorrection" << false << QList<MsgResult>{} << "Copied";
-        QTest::newRow("Show route") << "cheShowRoute" << false << QList<MsgResult>{} << "Copied";
-        QTest::newRow("Clear Log") << "cmdClearRouteAndPoliceTable" << false << QList<MsgResult>{MsgResult::Yes} << "";
+        QTest::addColumn<FrameCase>("c");
+        QTest::newRow("Copy") << FrameCase{"cmdDownload", false, {}, "Copied"};
+        QTest::newRow("Copy, display silent, cancelled")
+            << FrameCase{"cmdDownload", true, {MsgResult::Cancel}, "Action cancelled by user."};
+        QTest::newRow("Route log box") << FrameCase{"cheRitRegistratie", false, {}, "Copied"};
+        QTest::newRow("DBG kmCo box") << FrameCase{"cheDebugKmCorrection", false, {}, "Copied"};
+        QTest::newRow("Show route") << FrameCase{"cheShowRoute", false, {}, "Copied"};
+        QTest::newRow("Clear Log") << FrameCase{"cmdClearRouteAndPoliceTable", false, {MsgResult::Yes}, ""};
     }
     // Disabled while the operation works (sampled at every status change),
     // enabled after it, also after an error.
     void frame()
     {
-        QFETCH(QString, control);
-        QFETCH(bool, silent);
-        QFETCH(QList<MsgResult>, answers);
-        QFETCH(QString, status);
+        QFETCH(FrameCase, c);
         WindowRig w;
         w.Show();
         auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
         auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar();
         auto* lcFile = w.Find<QMenu>(QStringLiteral("mnu_File"));
         auto* lcBox = w.Find<QCheckBox>(QStringLiteral("chePoliceCheck"));
-        QList<bool> lcDuring;
-        const auto lcSample = [&]() {
-            if (w.app().CommunicationIsRunning())
-                lcDuring << (lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled()
-                         || lcBox->isEnabled());
-        };
-        connect(&w.app(), &clsApplication::StatusShown, this, lcSample);
-        connect(&w.window.GridModel(), &QAbstractItemModel::modelReset, this, lcSample);
-        if (silent) {
-            clsSimFaults lcFaults;
-            lcFaults.SilentFromRequest = 1;
-            w.rig.display.SetFaults(lcFaults);
-        }
-        for (MsgResult lcAnswer : answers)
-            w.rig.t.dialogs.answers << lcAnswer;
-        w.Click(control);
-        QVERIFY(!lcDuring.isEmpty());
-        QVERIFY(!lcDuring.contains(true));
+        w.Watch([&]() {
+            return lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled() || lcBox->isEnabled();
+        });
+        w.rig.display.Faults().SilentFromRequest = c.silent ? 1 : 0;
+        w.rig.t.dialogs.answers.append(c.answers);
+        w.Click(c.control);
+        QVERIFY(!w.during.isEmpty() && !w.during.contains(true));
         QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
-        QVERIFY2(status.isEmpty() || w.StatusLine().startsWith(status), qPrintable(w.StatusLine()));
+        QVERIFY2(c.status.isEmpty() || w.StatusLine().startsWith(c.status), qPrintable(w.StatusLine()));
         QVERIFY(!w.app().CommunicationIsRunning());
     }
     void uploadPages_data()
     {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QStringList>("clicks");
-        QTest::addColumn<QString>("file"); // the file every clicked box's setting names; "" none chosen
-        QTest::addColumn<QString>("box");
-        const QString lsNothing = QStringLiteral("KVT Upload: Please select one or more items to upload");
-        const QString lsDone = QStringLiteral("KVT Upload: Upload successfully completed");
-        QTest::newRow("databases, nothing ticked") << "cmdUploadDatabases" << QStringList{} << "" << lsNothing;
-        QTest::newRow("databases, ticked then cleared")
-            << "cmdUploadDatabases" << QStringList{"chkSelectFileSFL", "chkSelectFileSFL"} << "" << lsNothing;
-        QTest::newRow("software, only a database ticked")
-            << "cmdInstallKVTSoftware" << QStringList{"chkSelectFileSSL"} << "" << lsNothing;
-        QTest::newRow("databases, ticked, no file chosen")
-            << "cmdUploadDatabases" << QStringList{"chkSelectFileUSL"} << ""
-            << "KVT Upload ERROR: ERROR: Upload Failed: ";
-        QTest::newRow("databases, SpotList") << "cmdUploadDatabases" << QStringList{"chkSelectFileSSL"} << "a.ssl"
-                                             << lsDone;
-        QTest::newRow("databases, User FalseList") << "cmdUploadDatabases" << QStringList{"chkSelectFileUFL"} << "a.ufl"
-                                                   << lsDone;
-        QTest::newRow("software, sounds and analyser")
-            << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTSND", "chkSelectKVTSA"} << "a.kvt" << lsDone;
-        QTest::newRow("software, operating system") << "cmdInstallKVTSoftware" << QStringList{"chkSelectKVTCC"} << "a.kvt"
-                                                    << lsDone;
+        QTest::addColumn<UploadCase>("c");
+        for (const QStringList& f : DataTable(QStringLiteral("frmMain-uploads.txt"), 5))
+            QTest::newRow(qPrintable(f[0])) << UploadCase{f[1], f[2].split(QLatin1Char(' '), Qt::SkipEmptyParts), f[3], f[4]};
     }
     // The tick boxes reach the upload the button starts; the window is off while
     // the upload talks to the display and on again after it.
     void uploadPages()
     {
-        QFETCH(QString, button);
-        QFETCH(QStringList, clicks);
-        QFETCH(QString, file);
-        QFETCH(QString, box);
+        QFETCH(UploadCase, c);
+        const QString& box = c.box;
         WindowRig w(0);
         w.rig.display.SetGeometry(0, 8, 8, 64);
         w.Show();
-        if (!file.isEmpty()) {
-            const QString lsPath = w.rig.t.Home() + file;
+        if (!c.file.isEmpty()) {
+            const QString lsPath = w.rig.t.Home() + c.file;
             WriteAll(lsPath, QByteArray(100, 'x'));
             // only the clicked rows name the file: a box wired to another row fails the upload
-            const QMap<QString, qint16> lcIndex = {{"chkSelectKVTCC", 0},  {"chkSelectFileSSL", 1}, {"chkSelectFileSFL", 2},
-                                                   {"chkSelectFileUSL", 3}, {"chkSelectFileUFL", 4}, {"chkSelectKVTSA", 10},
-                                                   {"chkSelectKVTSND", 12}};
-            for (const QString& lsBox : clicks)
-                w.app().Settings().SetLastFilenames(lcIndex.value(lsBox), lsPath);
+            for (const QStringList& f : kFileRows)
+                if (c.clicks.contains(QStringLiteral("chkSelect") + f[0]))
+                    w.app().Settings().SetLastFilenames(qint16(f[2].toInt()), lsPath);
         }
-        for (const QString& lsBox : clicks)
+        for (const QString& lsBox : c.clicks)
             w.Click(lsBox);
         auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
         auto* lcTick = w.Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"));
-        QList<bool> lcDuring;
-        connect(&w.app(), &clsApplication::StatusShown, this, [&]() {
-            if (w.app().CommunicationIsRunning())
-                lcDuring << (lcExit->isEnabled() || lcTick->isEnabled());
-        });
+        w.Watch([&]() { return lcExit->isEnabled() || lcTick->isEnabled(); });
         const int llRequests = w.rig.display.Requests().size();
-        w.Click(button);
+        w.Click(c.button);
         QVERIFY(!w.rig.t.dialogs.boxes.isEmpty());
         const FakeUserDialogs::Box& lcBox = w.rig.t.dialogs.boxes.last();
         QVERIFY2((lcBox.title + QStringLiteral(": ") + lcBox.text).startsWith(box), qPrintable(lcBox.text));
@@ -250,47 +218,34 @@ private slots:
         // a ticked box with no file still greets the display before the files are checked
         const bool lbTalked = !box.contains(QLatin1String("Please select"));
         QCOMPARE(w.rig.display.Requests().size() > llRequests, lbTalked);
-        if (lbTalked) {
-            QVERIFY(!lcDuring.isEmpty());
-            QVERIFY(!lcDuring.contains(true));
-        }
+        QVERIFY(!lbTalked || (!w.during.isEmpty() && !w.during.contains(true)));
         QVERIFY(lcExit->isEnabled() && lcTick->isEnabled());
         QVERIFY(!w.app().CommunicationIsRunning());
     }
     void selectButtons_data()
     {
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("textBox");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("filter");
-        QTest::newRow("SSL") << "FileSSL" << "txtUpdateDbSSL" << 1 << "SSL file(*.ssl)|*.ssl";
-        QTest::newRow("SFL") << "FileSFL" << "txtUpdateDbSFL" << 2 << "SFL file(*.sfl)|*.sfl";
-        QTest::newRow("USL") << "FileUSL" << "txtUpdateDbUSL" << 3 << "USL file(*.usl)|*.usl";
-        QTest::newRow("UFL") << "FileUFL" << "txtUpdateDbUFL" << 4 << "UFL file(*.ufl)|*.ufl";
-        QTest::newRow("KVT_CC") << "KVTCC" << "txtSelectKVTCC" << 0 << "KVT file(*.kvt)|*.kvt";
-        QTest::newRow("KVT_SA") << "KVTSA" << "txtSelectKVTSA" << 10 << "KVT file(*.kvt_sa)|*.kvt_sa";
-        QTest::newRow("KVT_SND") << "KVTSND" << "txtSelectKVTSND" << 12 << "KVT file(*.kvt_snd)|*.kvt_snd";
-        QTest::newRow("KVT_MD") << "KVTMD" << "txtSelectKVTMD" << 11 << "KVT file(*.kvt_md)|*.kvt_md";
+        QTest::addColumn<QStringList>("row");
+        for (const QStringList& f : kFileRows)
+            QTest::newRow(qPrintable(f[0])) << f;
     }
     // Each Select button opens the dialog with its type's filter in the last
     // file's directory and chooses the file of its own row and nothing else; a cancel changes nothing.
     void selectButtons()
     {
-        QFETCH(QString, type);
-        QFETCH(QString, textBox);
-        QFETCH(int, index);
-        QFETCH(QString, filter);
+        QFETCH(QStringList, row);
+        const QString lsButton = QStringLiteral("cmdSelect") + row[0], &textBox = row[1];
+        const qint16 index = qint16(row[2].toInt());
         WindowRig w(0);
-        w.app().Settings().SetLastFilenames(qint16(index), w.rig.t.Home() + QStringLiteral("old.file"));
+        w.app().Settings().SetLastFilenames(index, w.rig.t.Home() + QStringLiteral("old.file"));
         w.Show();
-        w.Click(QStringLiteral("cmdSelect") + type);
-        QCOMPARE(w.rig.t.dialogs.dialogFilters, QStringList{filter});
+        w.Click(lsButton);
+        QCOMPARE(w.rig.t.dialogs.dialogFilters, QStringList{row[3]});
         QCOMPARE(w.rig.t.dialogs.dialogInitDirs, QStringList{w.rig.t.Home()});
         QCOMPARE(w.Find<QLineEdit>(textBox)->text(), w.rig.t.Home() + QStringLiteral("old.file"));
         w.rig.t.dialogs.fileNames << QStringLiteral("/new/one");
-        w.Click(QStringLiteral("cmdSelect") + type);
+        w.Click(lsButton);
         QCOMPARE(w.Find<QLineEdit>(textBox)->text(), QStringLiteral("/new/one"));
-        QCOMPARE(w.app().Settings().LastFilenames(qint16(index)), QStringLiteral("/new/one"));
+        QCOMPARE(w.app().Settings().LastFilenames(index), QStringLiteral("/new/one"));
         int llChanged = 0;
         for (QLineEdit* lcBox : w.window.findChildren<QLineEdit*>())
             llChanged += lcBox->text() == QLatin1String("/new/one");
@@ -334,16 +289,12 @@ private slots:
     {
         QTest::addColumn<QStringList>("boxes");
         QTest::addColumn<QList<int>>("types");
-        QTest::newRow("all cleared: header only") << QStringList{} << QList<int>{};
-        QTest::newRow("Route log") << QStringList{"cheRitRegistratie"} << QList<int>{2};
-        QTest::newRow("PoliceCheck: radar and spot") << QStringList{"chePoliceCheck"} << QList<int>{3, 4};
-        QTest::newRow("Tank stop and PoliceCheck TC") << QStringList{"cheRitRegistratieTankstop", "chePoliceCheckTc"}
-                                                      << QList<int>{7, 5};
-        QTest::newRow("DBG route") << QStringList{"cheDebugRoute"} << QList<int>{6};
-        QTest::newRow("DBG kmCo") << QStringList{"cheDebugKmCorrection"} << QList<int>{8};
-        QTest::newRow("every box") << QStringList{"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
-                                                  "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"}
-                                   << QList<int>{2, 3, 4, 5, 6, 7, 8};
+        for (const QStringList& f : DataTable(QStringLiteral("frmMain-grid.txt"), 3)) {
+            QList<int> lcTypes;
+            for (const QString& lsType : f[2].split(QLatin1Char(' '), Qt::SkipEmptyParts))
+                lcTypes << lsType.toInt();
+            QTest::newRow(qPrintable(f[0])) << f[1].split(QLatin1Char(' '), Qt::SkipEmptyParts) << lcTypes;
+        }
     }
     // The rows are the valid records of the ticked kinds in record order, each once.
     void gridFilter()
@@ -356,12 +307,9 @@ private slots:
             mcFilterRig->Click(QStringLiteral("cmdDownload"));
         }
         WindowRig& w = *mcFilterRig;
-        const QStringList lcAll = {"cheRitRegistratie", "chePoliceCheck", "cheRitRegistratieTankstop",
-                                   "chePoliceCheckTc", "cheDebugRoute", "cheDebugKmCorrection"};
-        for (const QString& lsBox : lcAll) {
+        for (const QString& lsBox : kGridBoxes)
             if (w.Find<QCheckBox>(lsBox)->isChecked() != boxes.contains(lsBox))
                 w.Click(lsBox);
-        }
         QStringList lcExpected;
         clsRecordCollection& lcRecords = w.app().Records();
         for (int i = 1; i <= lcRecords.Count(); ++i) {
@@ -430,8 +378,7 @@ private slots:
         if (copied)
             w.Click(QStringLiteral("cmdDownload"));
         const int llRows = w.window.GridModel().rowCount();
-        for (MsgResult lcAnswer : answers)
-            w.rig.t.dialogs.answers << lcAnswer;
+        w.rig.t.dialogs.answers.append(answers);
         w.Click(QStringLiteral("cmdExit"));
         QCOMPARE(w.rig.t.dialogs.boxes.size(), answers.size());
         if (!answers.isEmpty()) {

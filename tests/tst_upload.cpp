@@ -2,6 +2,7 @@
 // the simulated display on the virtual clock, and seeded uploads to a display
 // that drops, garbles and delays its answers.
 
+#include "support/GoldenData.h"
 #include "support/SimRig.h"
 #include "support/TestFiles.h"
 
@@ -89,7 +90,6 @@ void AddNew(QStringList& rcList, const QString& vsText)
 }
 
 struct WriteCase { int firstPage, log2, maxData, size; QString writes; int nextPage; };
-// file: "data", "zeros", "empty", "?" not there, "-" no name; status and description: their starts
 struct FailureCase { QString file, fault; int error; QString description, status; int writes; };
 // sizes by settings index: one more than a multiple of 64, so the last byte is the lost one;
 // 0 no file chosen, -1 not there
@@ -109,19 +109,8 @@ private slots:
     void writeFrames_data()
     {
         QTest::addColumn<WriteCase>("c");
-        QTest::newRow("one page, max divides it") << WriteCase{0, 8, 64, 256, "1:0:64 1:64:64 1:128:64 1:192:64", 2};
-        QTest::newRow("page + 10: 10 bytes at address 0 of the next page")
-            << WriteCase{0, 8, 64, 266, "1:0:64 1:64:64 1:128:64 1:192:64 2:0:10", 3};
-        QTest::newRow("max + 1: the last byte is lost") << WriteCase{0, 8, 64, 65, "1:0:64", 2};
-        QTest::newRow("page + 1: the last byte is lost, no page for it")
-            << WriteCase{0, 8, 64, 257, "1:0:64 1:64:64 1:128:64 1:192:64", 2};
-        QTest::newRow("one byte sends nothing") << WriteCase{0, 8, 64, 1, "", 2};
-        QTest::newRow("max does not divide: shortened at every page end")
-            << WriteCase{0, 8, 100, 600, "1:0:100 1:100:100 1:200:56 2:0:100 2:100:100 2:200:56 3:0:88", 4};
-        QTest::newRow("file ends in a page's last message") << WriteCase{0, 8, 64, 250, "1:0:64 1:64:64 1:128:64 1:192:58", 2};
-        QTest::newRow("start page 5, 512-byte pages") << WriteCase{4, 9, 200, 700, "5:0:200 5:200:200 5:400:112 6:0:188", 7};
-        QTest::newRow("two address bytes") << WriteCase{0, 10, 240, 1000, "1:0:240 1:240:240 1:480:240 1:720:240 1:960:40", 2};
-        QTest::newRow("twelve pages from page 12") << WriteCase{11, 8, 128, 3000, "*", 24};
+        for (const QStringList& f : DataTable(QStringLiteral("upload-writes.txt"), 7))
+            QTest::newRow(qPrintable(f[0])) << WriteCase{f[1].toInt(), f[2].toInt(), f[3].toInt(), f[4].toInt(), f[5], f[6].toInt()};
     }
     void writeFrames()
     {
@@ -161,21 +150,8 @@ private slots:
     void failures_data()
     {
         QTest::addColumn<FailureCase>("c");
-        const QString lsNoAnswer = QStringLiteral("Unable to communicate with display.");
-        QTest::newRow("no answer to a write")
-            << FailureCase{"data", "only-func=0x33,drop-next=1", 0x20000001, lsNoAnswer, kWriteFailed, 1};
-        QTest::newRow("cable pulled mid-page") << FailureCase{"data", "silent-from=5", 0x20000001, lsNoAnswer, kWriteFailed, 3};
-        QTest::newRow("late answer")
-            << FailureCase{"data", "only-func=0x33,late-next=1,late-by=1500", 0x20000001, lsNoAnswer, kWriteFailed, 1};
-        QTest::newRow("another function code")
-            << FailureCase{"data", "only-func=0x33,wrong-func-next=1", 0x20000001, lsNoAnswer, kWriteFailed, 1};
-        QTest::newRow("zeros past the frame's limit")
-            << FailureCase{"zeros", "", 0x20000001, "The write of 240 bytes of ", kWriteFailed, 0};
-        QTest::newRow("empty file") << FailureCase{"empty", "", 0x20000004, "Nothing to upload: the file ", "Closing File", 0};
-        QTest::newRow("missing file") << FailureCase{"?", "", 0x20000004, "Unable to open file.", "Unable to open file ", 0};
-        QTest::newRow("no file name") << FailureCase{"-", "", 0x20000005, "Filename is empty.", "Received ID from display", 0};
-        QTest::newRow("no display") << FailureCase{"data", "silent-from=1", 0x20000002, "Action cancelled by user.",
-                                                   "Stopping upload, Invalid ID", 0};
+        for (const QStringList& f : DataTable(QStringLiteral("upload-failures.txt"), 7))
+            QTest::newRow(qPrintable(f[0])) << FailureCase{f[1], f[2], f[3].toInt(nullptr, 0), f[4], f[5], f[6].toInt()};
     }
     void failures()
     {
