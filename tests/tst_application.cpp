@@ -15,6 +15,8 @@
 
 namespace {
 const QByteArray kGoodbye = QByteArray::fromHex("00006601071070"); // 0x10 with no arguments
+struct LogTrouble { int when, number; QString status; };
+struct FoundCase { QString found; int error; QString port, status; };
 }
 
 class tst_application : public QObject
@@ -91,22 +93,19 @@ private slots:
 
     void logTrouble_data()
     {
-        QTest::addColumn<int>("when");
-        QTest::addColumn<int>("number");
-        QTest::addColumn<QString>("status");
+        QTest::addColumn<LogTrouble>("c");
         // the log is a directory: it cannot even be opened
-        QTest::newRow("no log at start-up") << 0 << 0
-                                            << "Unable to write the log file (Path/File access error: %1kvtDsw.log), going on without a log";
-        QTest::newRow("disk full in an operation") << 1 << int(VbError::DeviceIOError) << "Device I/O error: %1kvtDsw.log";
-        QTest::newRow("disk full at shut-down") << 2 << 0 << "";
+        QTest::newRow("no log at start-up")
+            << LogTrouble{0, 0, "Unable to write the log file (Path/File access error: %1kvtDsw.log), going on without a log"};
+        QTest::newRow("disk full in an operation") << LogTrouble{1, int(VbError::DeviceIOError), "Device I/O error: %1kvtDsw.log"};
+        QTest::newRow("disk full at shut-down") << LogTrouble{2, 0, ""};
     }
     // The log never costs the user the settings, and never stops the program; a
     // line that cannot be written mid-run is the running operation's error.
     void logTrouble()
     {
-        QFETCH(int, when);
-        QFETCH(int, number);
-        QFETCH(QString, status);
+        QFETCH(LogTrouble, c);
+        const auto& [when, number, status] = c;
         if (!QFileInfo::exists(QStringLiteral("/dev/full")))
             QSKIP("needs /dev/full");
         RecordingSerialPort lcPort;
@@ -144,28 +143,23 @@ private slots:
 
     void portDiscoveryAtStartUp_data()
     {
-        QTest::addColumn<QString>("found");
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("no USB interface") << "" << ErrorCode::NoUsbInterface << "1"
-                                          << clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed();
-        QTest::newRow("found COM7") << "7" << 0 << "7" << "";
-        QTest::newRow("found by path") << "/dev/ttyUSB0" << 0 << "/dev/ttyUSB0" << "";
+        QTest::addColumn<FoundCase>("c");
+        QTest::newRow("no USB interface")
+            << FoundCase{"", ErrorCode::NoUsbInterface, "1", clsError::TableText(ErrorCode::NoUsbInterface).left(90).trimmed()};
+        QTest::newRow("found COM7") << FoundCase{"7", 0, "7", ""};
+        QTest::newRow("found by path") << FoundCase{"/dev/ttyUSB0", 0, "/dev/ttyUSB0", ""};
     }
     // A search that fails is shown once and start-up goes on with the port of the settings.
     void portDiscoveryAtStartUp()
     {
-        QFETCH(QString, found);
-        QFETCH(int, error);
-        QFETCH(QString, port);
-        QFETCH(QString, status);
+        QFETCH(FoundCase, c);
+        const auto& [found, error, port, status] = c;
         RecordingSerialPort lcPort;
         TestApp t(&lcPort, false);
         t.app->SetPortDiscovery([&](clsError& rcError) {
-            if (error)
-                rcError.SetError(error);
-            return clsFoundPort{found, !found.isEmpty()};
+            if (c.error)
+                rcError.SetError(c.error);
+            return clsFoundPort{c.found, !c.found.isEmpty()};
         });
         t.app->Init();
         QVERIFY(t.app->IsInitialised());

@@ -15,17 +15,11 @@ class tst_clioptions : public QObject
 {
     Q_OBJECT
 private slots:
-    void parse_data()
-    {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QString>("outcome");
-        for (const QStringList& lcRow : TableRows(QStringLiteral("cli-options.txt")))
-            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
-    }
+    void parse_data() { AddTableRows(QStringLiteral("cli-options.txt")); }
     void parse()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QString, outcome);
+        QFETCH(QStringList, row);
+        const QString arguments = row[1], outcome = row[2];
         clsCliOptions o;
         const clsCliOptions::Outcome lcOutcome = o.Parse(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
         QString lsOutcome;
@@ -63,17 +57,11 @@ private slots:
         QCOMPARE(lsOutcome, outcome);
     }
 
-    void progressLine_data()
-    {
-        QTest::addColumn<QString>("samples");
-        QTest::addColumn<QString>("line");
-        for (const QStringList& r : TableRows(QStringLiteral("progress-lines.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << r[2];
-    }
+    void progressLine_data() { AddTableRows(QStringLiteral("progress-lines.txt")); }
     void progressLine()
     {
-        QFETCH(QString, samples);
-        QFETCH(QString, line);
+        QFETCH(QStringList, row);
+        const QString samples = row[1], line = row[2];
         clsProgressLine lcLine;
         QString lsLine;
         int llWidth = 0;

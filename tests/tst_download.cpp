@@ -21,6 +21,14 @@ QByteArray Pattern(int vlPage, int vlSize)
         lcData[i] = char((i * 7 + vlPage) & 0xFF);
     return lcData;
 }
+
+QList<int> Numbers(const QString& vsList)
+{
+    QList<int> lcNumbers;
+    for (const QString& lsNumber : vsList.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        lcNumbers << lsNumber.toInt();
+    return lcNumbers;
+}
 }
 
 class tst_Download : public QObject
@@ -68,31 +76,12 @@ private slots:
         QCOMPARE(r.app().DisplayId(), QStringLiteral("12.0.34.5.6.7.8.9."));
     }
 
-    void scenario_data()
-    {
-        QTest::addColumn<QList<int>>("geometry");
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<QString>("error");
-        QTest::addColumn<QString>("trace");
-        QTest::addColumn<QList<int>>("files");
-        QTest::addColumn<QString>("lastLogLine");
-        const auto Numbers = [](const QString& vsList) {
-            QList<int> lcNumbers;
-            for (const QString& lsNumber : vsList.split(QLatin1Char(','), Qt::SkipEmptyParts))
-                lcNumbers << lsNumber.toInt();
-            return lcNumbers;
-        };
-        for (const QStringList& r : TableRows(QStringLiteral("download-scenarios.txt")))
-            QTest::newRow(qPrintable(r[0])) << Numbers(r[1]) << r[2] << r[3] << r[4] << Numbers(r[5]) << r[6];
-    }
+    void scenario_data() { AddTableRows(QStringLiteral("download-scenarios.txt")); }
     void scenario()
     {
-        QFETCH(QList<int>, geometry);
-        QFETCH(QString, steps);
-        QFETCH(QString, error);
-        QFETCH(QString, trace);
-        QFETCH(QList<int>, files);
-        QFETCH(QString, lastLogLine);
+        QFETCH(QStringList, row);
+        const QString steps = row[2], error = row[3], trace = row[4], lastLogLine = row[6];
+        const QList<int> geometry = Numbers(row[1]), files = Numbers(row[5]);
         SimRig r;
         r.display.SetGeometry(geometry[0], geometry[1], geometry[2], geometry[3]);
         QMap<int, QByteArray> lcFiles;

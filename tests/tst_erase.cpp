@@ -5,6 +5,11 @@
 
 #include <QTest>
 
+namespace {
+struct OsCase { QByteArray start; QList<MsgResult> answers; int error; bool erased; };
+struct ClearCase { bool saved; QList<MsgResult> answers; bool silent; QString lastText, lastTitle; };
+}
+
 class tst_Erase : public QObject
 {
     Q_OBJECT
@@ -77,23 +82,16 @@ private slots:
 
     void operatingSystemCheck_data()
     {
-        QTest::addColumn<QByteArray>("start");
-        QTest::addColumn<QList<MsgResult>>("answers");
-        QTest::addColumn<int>("error");
-        QTest::addColumn<bool>("erased");
-        QTest::newRow("logged data") << QByteArray("KVX") << QList<MsgResult>{} << 0 << false;
-        QTest::newRow("empty page") << QByteArray() << QList<MsgResult>{} << 0 << false;
-        QTest::newRow("image, keep it") << QByteArray("KVT") << QList<MsgResult>{MsgResult::No}
-                                        << ErrorCode::OperatingSystemDetected << false;
-        QTest::newRow("image, clear it") << QByteArray("KVT") << QList<MsgResult>{MsgResult::Yes}
-                                         << ErrorCode::OperatingSystemDetected << true;
+        QTest::addColumn<OsCase>("c");
+        QTest::newRow("logged data") << OsCase{"KVX", {}, 0, false};
+        QTest::newRow("empty page") << OsCase{{}, {}, 0, false};
+        QTest::newRow("image, keep it") << OsCase{"KVT", {MsgResult::No}, ErrorCode::OperatingSystemDetected, false};
+        QTest::newRow("image, clear it") << OsCase{"KVT", {MsgResult::Yes}, ErrorCode::OperatingSystemDetected, true};
     }
     void operatingSystemCheck()
     {
-        QFETCH(QByteArray, start);
-        QFETCH(QList<MsgResult>, answers);
-        QFETCH(int, error);
-        QFETCH(bool, erased);
+        QFETCH(OsCase, c);
+        const auto& [start, answers, error, erased] = c;
         SimRig r;
         r.display.SetGeometry(4, 6, 8, 64);
         r.display.SetPage(5, start);
@@ -114,30 +112,20 @@ private slots:
 
     void clearDisplayDialogue_data()
     {
-        QTest::addColumn<bool>("saved");
-        QTest::addColumn<QList<MsgResult>>("answers");
-        QTest::addColumn<bool>("silent");
-        QTest::addColumn<QString>("lastText");
-        QTest::addColumn<QString>("lastTitle");
-        using R = QList<MsgResult>;
-        QTest::newRow("unsaved, No: silent stop") << false << R{MsgResult::No} << false << "" << "";
+        QTest::addColumn<ClearCase>("c");
+        const QString lsCleared = QStringLiteral("Clearing display successfully completed");
+        QTest::newRow("unsaved, No: silent stop") << ClearCase{false, {MsgResult::No}, false, "", ""};
         // marked saved before the save runs, so a cancelled save still leads on to the clear
-        QTest::newRow("unsaved, Yes, save cancelled") << false << R{MsgResult::Yes, MsgResult::Yes} << false
-                                                      << "Clearing display successfully completed" << "KVT Upload";
-        QTest::newRow("not sure") << true << R{MsgResult::No} << false << "" << "";
-        QTest::newRow("cleared") << true << R{MsgResult::Yes} << false << "Clearing display successfully completed"
-                                 << "KVT Upload";
-        QTest::newRow("failed") << true << R{MsgResult::Yes, MsgResult::Cancel} << true
-                                << "ERROR: Clearing display Failed: Action cancelled by user."
-                                << "KVT Upload ERROR";
+        QTest::newRow("unsaved, Yes, save cancelled") << ClearCase{false, {MsgResult::Yes, MsgResult::Yes}, false, lsCleared, "KVT Upload"};
+        QTest::newRow("not sure") << ClearCase{true, {MsgResult::No}, false, "", ""};
+        QTest::newRow("cleared") << ClearCase{true, {MsgResult::Yes}, false, lsCleared, "KVT Upload"};
+        QTest::newRow("failed") << ClearCase{true, {MsgResult::Yes, MsgResult::Cancel}, true,
+                                             "ERROR: Clearing display Failed: Action cancelled by user.", "KVT Upload ERROR"};
     }
     void clearDisplayDialogue()
     {
-        QFETCH(bool, saved);
-        QFETCH(QList<MsgResult>, answers);
-        QFETCH(bool, silent);
-        QFETCH(QString, lastText);
-        QFETCH(QString, lastTitle);
+        QFETCH(ClearCase, c);
+        const auto& [saved, answers, silent, lastText, lastTitle] = c;
         SimRig r;
         r.display.SetGeometry(0, 1, 6, 64);
         r.display.SetPage(1, QByteArray(64, 0x11));

@@ -11,17 +11,11 @@ class tst_error : public QObject
 {
     Q_OBJECT
 private slots:
-    void value_data()
-    {
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<QString>("reads");
-        for (const QStringList& lcRow : TableRows(QStringLiteral("error-values.txt")))
-            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
-    }
+    void value_data() { AddTableRows(QStringLiteral("error-values.txt")); }
     void value()
     {
-        QFETCH(QString, steps);
-        QFETCH(QString, reads);
+        QFETCH(QStringList, row);
+        const QString steps = row[1], reads = row[2];
         Err::Clear();
         clsError lcError;
         for (const QString& lsStep : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
@@ -55,21 +49,11 @@ private slots:
         QCOMPARE(lcReads.join(QLatin1Char(';')), reads);
     }
 
-    void formatter_data()
-    {
-        QTest::addColumn<QString>("number");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QString>("expected");
-        for (const QStringList& lcRow : TableRows(QStringLiteral("error-formatter.txt")))
-            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2] << lcRow[3] << lcRow[4];
-    }
+    void formatter_data() { AddTableRows(QStringLiteral("error-formatter.txt")); }
     void formatter()
     {
-        QFETCH(QString, number);
-        QFETCH(QString, text);
-        QFETCH(QString, arguments);
-        QFETCH(QString, expected);
+        QFETCH(QStringList, row);
+        const QString number = row[1], text = row[2], arguments = row[3], expected = row[4];
         QVector<QVariant> lcArguments;
         for (const QString& lsArgument : arguments.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
             bool lbNumber = false;

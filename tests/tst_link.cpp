@@ -13,6 +13,9 @@ const QString kId = QStringLiteral("12.0.34.5.6.7.8.9.");
 const QByteArray kOtherId = QByteArray::fromHex("0102030405060708");
 const QString kBoxText = QStringLiteral(
     "Unable to communicate with display\r\nplease check the cables\r\nPress ok to continue and cancel to stop");
+
+struct Retries { int drop, silentFrom, newIdFrom; QList<MsgResult> answers; int error, requests; QString lastRetry; };
+struct IdCase { QByteArray id; bool stopped; int silentFrom; QString text, status; int error, requests; };
 }
 
 class tst_Link : public QObject
@@ -22,35 +25,23 @@ class tst_Link : public QObject
 private slots:
     void retries_data()
     {
-        QTest::addColumn<int>("drop");
-        QTest::addColumn<int>("silentFrom");
-        QTest::addColumn<int>("newIdFrom");
-        QTest::addColumn<QList<MsgResult>>("answers");
-        QTest::addColumn<int>("error");
-        QTest::addColumn<int>("requests");
-        QTest::addColumn<QString>("lastRetry");
+        QTest::addColumn<Retries>("c");
         using R = QList<MsgResult>;
-        QTest::newRow("answered at once") << 0 << 0 << 0 << R{} << 0 << 1 << "";
-        QTest::newRow("fifth attempt answered") << 4 << 0 << 0 << R{} << 0 << 5 << "Retry 4";
-        QTest::newRow("sixth attempt answered still asks") << 5 << 0 << 0 << R{MsgResult::Cancel}
-                                                           << ErrorCode::CancelledByUser << 6 << "Retry 5";
-        QTest::newRow("OK, same display: fresh round") << 6 << 0 << 0 << R{MsgResult::OK} << 0 << 8 << "Retry 5";
-        QTest::newRow("OK, another display") << 6 << 0 << 7 << R{MsgResult::OK, MsgResult::OK}
-                                             << ErrorCode::DifferentDisplay << 7 << "Retry 5";
+        QTest::newRow("answered at once") << Retries{0, 0, 0, {}, 0, 1, ""};
+        QTest::newRow("fifth attempt answered") << Retries{4, 0, 0, {}, 0, 5, "Retry 4"};
+        QTest::newRow("sixth attempt answered still asks")
+            << Retries{5, 0, 0, R{MsgResult::Cancel}, ErrorCode::CancelledByUser, 6, "Retry 5"};
+        QTest::newRow("OK, same display: fresh round") << Retries{6, 0, 0, R{MsgResult::OK}, 0, 8, "Retry 5"};
+        QTest::newRow("OK, another display")
+            << Retries{6, 0, 7, R{MsgResult::OK, MsgResult::OK}, ErrorCode::DifferentDisplay, 7, "Retry 5"};
         // the ID request gets its own box; cancelled there, the ID is empty and the round starts again
-        QTest::newRow("OK, no ID answer: round again") << 0 << 1 << 0
-                                                       << R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}
-                                                       << ErrorCode::CancelledByUser << 18 << "Retry 5";
+        QTest::newRow("OK, no ID answer: round again")
+            << Retries{0, 1, 0, R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}, ErrorCode::CancelledByUser, 18, "Retry 5"};
     }
     void retries()
     {
-        QFETCH(int, drop);
-        QFETCH(int, silentFrom);
-        QFETCH(int, newIdFrom);
-        QFETCH(QList<MsgResult>, answers);
-        QFETCH(int, error);
-        QFETCH(int, requests);
-        QFETCH(QString, lastRetry);
+        QFETCH(Retries, c);
+        const auto& [drop, silentFrom, newIdFrom, answers, error, requests, lastRetry] = c;
         SimRig r;
         r.display.Faults().DropNext = drop;
         r.display.Faults().SilentFromRequest = silentFrom;
@@ -161,30 +152,19 @@ private slots:
 
     void getDallesId_data()
     {
-        QTest::addColumn<QByteArray>("id");
-        QTest::addColumn<bool>("stopped");
-        QTest::addColumn<int>("silentFrom");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("error");
-        QTest::addColumn<int>("requests");
+        QTest::addColumn<IdCase>("c");
         const QByteArray lcId = QByteArray::fromHex("0C00220506070809");
-        QTest::newRow("eight numbers, eight points") << lcId << false << 0 << kId << "Received ID from display" << 0 << 1;
-        QTest::newRow("short answer gives zeros") << QByteArray::fromHex("010203") << false << 0 << "1.2.3.0.0.0.0.0."
-                                                  << "Received ID from display" << 0 << 1;
-        QTest::newRow("communication stopped") << lcId << true << 0 << "" << "Getting ID from display" << ErrorCode::CommunicationError << 0;
-        QTest::newRow("no answer, cancelled: logged") << lcId << false << 1 << "" << "Unable to get ID from display"
-                                                      << ErrorCode::CancelledByUser << 6;
+        const QString lsReceived = QStringLiteral("Received ID from display");
+        QTest::newRow("eight numbers, eight points") << IdCase{lcId, false, 0, kId, lsReceived, 0, 1};
+        QTest::newRow("short answer gives zeros") << IdCase{QByteArray::fromHex("010203"), false, 0, "1.2.3.0.0.0.0.0.", lsReceived, 0, 1};
+        QTest::newRow("communication stopped") << IdCase{lcId, true, 0, "", "Getting ID from display", ErrorCode::CommunicationError, 0};
+        QTest::newRow("no answer, cancelled: logged")
+            << IdCase{lcId, false, 1, "", "Unable to get ID from display", ErrorCode::CancelledByUser, 6};
     }
     void getDallesId()
     {
-        QFETCH(QByteArray, id);
-        QFETCH(bool, stopped);
-        QFETCH(int, silentFrom);
-        QFETCH(QString, text);
-        QFETCH(QString, status);
-        QFETCH(int, error);
-        QFETCH(int, requests);
+        QFETCH(IdCase, c);
+        const auto& [id, stopped, silentFrom, text, status, error, requests] = c;
         SimRig r;
         r.display.SetId(id);
         r.display.Faults().SilentFromRequest = silentFrom;

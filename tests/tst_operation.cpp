@@ -20,8 +20,8 @@ const QByteArray kIdRequest("\x00\x00\x66\x01\x07\xCE\xAE", 7);
 const QByteArray kMemoryRequest("\x00\x00\x66\x01\x07\x36\x56", 7);
 
 enum class Body { Nothing, ProgramError, Cancel, RuntimeError, RuntimeAfterOwnError, HeldLinkThenThrow, Nested };
+struct FrameCase { Body body; bool quiet; int number; QString description; bool cancelled; };
 }
-Q_DECLARE_METATYPE(Body)
 
 class tst_Operation : public QObject
 {
@@ -30,33 +30,29 @@ class tst_Operation : public QObject
 private slots:
     void frame_data()
     {
-        QTest::addColumn<Body>("body");
-        QTest::addColumn<bool>("quiet");
-        QTest::addColumn<int>("number");
-        QTest::addColumn<QString>("description");
-        QTest::addColumn<bool>("cancelled");
+        QTest::addColumn<FrameCase>("c");
         const QString lsDifferent = QStringLiteral("Different display detected.");
         const QString lsCancelled = QStringLiteral("Action cancelled by user.");
-        QTest::newRow("done") << Body::Nothing << false << 0 << "" << false;
-        QTest::newRow("program error") << Body::ProgramError << false << ErrorCode::DifferentDisplay << lsDifferent << false;
-        QTest::newRow("cancelled") << Body::Cancel << false << ErrorCode::CancelledByUser << lsCancelled << true;
-        QTest::newRow("run-time error") << Body::RuntimeError << false << int(VbError::Overflow) << "Overflow" << false;
-        QTest::newRow("the first error stays") << Body::RuntimeAfterOwnError << false << ErrorCode::DifferentDisplay << lsDifferent << false;
-        QTest::newRow("link held when it throws") << Body::HeldLinkThenThrow << false << int(VbError::SubscriptOutOfRange)
-                                                  << "Subscript out of range" << false;
-        QTest::newRow("inner frame leaves the window alone") << Body::Nested << false << 0 << "" << false;
-        QTest::newRow("quiet, run-time error") << Body::RuntimeError << true << int(VbError::Overflow) << "Overflow" << false;
-        QTest::newRow("quiet, cancelled") << Body::Cancel << true << ErrorCode::CancelledByUser << lsCancelled << true;
+        QTest::newRow("done") << FrameCase{Body::Nothing, false, 0, "", false};
+        QTest::newRow("program error") << FrameCase{Body::ProgramError, false, ErrorCode::DifferentDisplay, lsDifferent, false};
+        QTest::newRow("cancelled") << FrameCase{Body::Cancel, false, ErrorCode::CancelledByUser, lsCancelled, true};
+        QTest::newRow("run-time error") << FrameCase{Body::RuntimeError, false, int(VbError::Overflow), "Overflow", false};
+        QTest::newRow("the first error stays")
+            << FrameCase{Body::RuntimeAfterOwnError, false, ErrorCode::DifferentDisplay, lsDifferent, false};
+        QTest::newRow("link held when it throws")
+            << FrameCase{Body::HeldLinkThenThrow, false, int(VbError::SubscriptOutOfRange), "Subscript out of range", false};
+        QTest::newRow("inner frame leaves the window alone") << FrameCase{Body::Nested, false, 0, "", false};
+        QTest::newRow("quiet, run-time error") << FrameCase{Body::RuntimeError, true, int(VbError::Overflow), "Overflow", false};
+        QTest::newRow("quiet, cancelled") << FrameCase{Body::Cancel, true, ErrorCode::CancelledByUser, lsCancelled, true};
     }
     // Whatever the operation does, the link is given back, the window comes on
     // again, auto-detection runs again and the outcome tells what happened.
     void frame()
     {
-        QFETCH(Body, body);
-        QFETCH(bool, quiet);
-        QFETCH(int, number);
-        QFETCH(QString, description);
-        QFETCH(bool, cancelled);
+        QFETCH(FrameCase, c);
+        const Body body = c.body;
+        const bool quiet = c.quiet;
+        const int number = c.number;
         TestApp t;
         clsApplication& lcApp = *t.app;
         QVERIFY(lcApp.AutoDetectionRunning());
@@ -93,15 +89,15 @@ private slots:
         const clsOutcome lcOutcome = quiet ? lcApp.RunOperationQuietly(lcOperation) : lcApp.RunOperation(lcOperation);
         QCOMPARE(lcOutcome.Number, number);
         QCOMPARE(lcOutcome.IsError(), number != 0);
-        QCOMPARE(lcOutcome.Description, description);
-        QCOMPARE(lcOutcome.Cancelled, cancelled);
+        QCOMPARE(lcOutcome.Description, c.description);
+        QCOMPARE(lcOutcome.Cancelled, c.cancelled);
         QVERIFY(lbLinkHeld);
         QVERIFY(!lbDetecting);
         QVERIFY(lbCancelCleared);
         QVERIFY(!lcApp.CommunicationIsRunning());
         QVERIFY(lcApp.AutoDetectionRunning());
         QCOMPARE(t.window.calls, quiet ? kQuietFrame : kWindowFrame);
-        const QString lsShown = body == Body::Nested ? QStringLiteral("Division by zero") : description;
+        const QString lsShown = body == Body::Nested ? QStringLiteral("Division by zero") : c.description;
         QCOMPARE(t.window.LastStatus(), quiet ? QString() : lsShown);
         QCOMPARE(t.LogLines().filter(QStringLiteral("ERROR ")),
                  quiet || lsShown.isEmpty() ? QStringList() : QStringList{QStringLiteral("ERROR ") + lsShown});

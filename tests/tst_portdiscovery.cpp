@@ -9,26 +9,20 @@
 
 #include <QtTest>
 
+struct Pick { QString choice; int com; QString path; };
+struct Greeting { bool plugged; QList<int> funcs; QStringList screen; };
+
 class tst_portdiscovery : public QObject
 {
     Q_OBJECT
 private slots:
-    void search_data()
-    {
-        QTest::addColumn<QString>("family");
-        QTest::addColumn<QStringList>("registry");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<int>("error");
-        for (const QStringList& r : TableRows(QStringLiteral("usb-port-search.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << r[2].split(QLatin1Char(';'), Qt::SkipEmptyParts) << r[3]
-                                            << int(r[4].toUInt(nullptr, 16));
-    }
+    void search_data() { AddTableRows(QStringLiteral("usb-port-search.txt")); }
     void search()
     {
-        QFETCH(QString, family);
-        QFETCH(QStringList, registry);
-        QFETCH(QString, port);
-        QFETCH(int, error);
+        QFETCH(QStringList, row);
+        const QString family = row[1], port = row[3];
+        const QStringList registry = row[2].split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        const int error = int(row[4].toUInt(nullptr, 16));
         FakeRegistry lcRegistry;
         lcRegistry.family = family == QLatin1String("NT")   ? IRegistry::Family::WindowsNT
                             : family == QLatin1String("9x") ? IRegistry::Family::Windows9x
@@ -64,18 +58,15 @@ private slots:
 
     void pickPortByHand_data()
     {
-        QTest::addColumn<QString>("choice");
-        QTest::addColumn<int>("com");
-        QTest::addColumn<QString>("path");
-        QTest::newRow("cancelled keeps the port") << "" << 1 << "";
-        QTest::newRow("Com3") << "3" << 3 << "";
-        QTest::newRow("a device path") << "/dev/ttyUSB0" << 1 << "/dev/ttyUSB0";
+        QTest::addColumn<Pick>("c");
+        QTest::newRow("cancelled keeps the port") << Pick{"", 1, ""};
+        QTest::newRow("Com3") << Pick{"3", 3, ""};
+        QTest::newRow("a device path") << Pick{"/dev/ttyUSB0", 1, "/dev/ttyUSB0"};
     }
     void pickPortByHand()
     {
-        QFETCH(QString, choice);
-        QFETCH(int, com);
-        QFETCH(QString, path);
+        QFETCH(Pick, c);
+        const auto& [choice, com, path] = c;
         TestApp t;
         if (!choice.isEmpty())
             t.dialogs.portChoices << choice;
@@ -87,21 +78,18 @@ private slots:
 
     void greeting_data()
     {
-        QTest::addColumn<bool>("plugged");
-        QTest::addColumn<QList<int>>("funcs");
-        QTest::addColumn<QStringList>("screen");
-        QTest::newRow("display just plugged in") << true << QList<int>{0xD0, 0x0B, 0x0B, 0x10, 0x0F, 0x0F, 0xD1}
-                                                 << QStringList{QStringLiteral("Connected to"), QStringLiteral("Corvane Desktop")};
-        QTest::newRow("display was there before") << false << QList<int>{0xD0} << QStringList{};
+        QTest::addColumn<Greeting>("c");
+        QTest::newRow("display just plugged in")
+            << Greeting{true, {0xD0, 0x0B, 0x0B, 0x10, 0x0F, 0x0F, 0xD1}, {"Connected to", "Corvane Desktop"}};
+        QTest::newRow("display was there before") << Greeting{false, {0xD0}, {}};
     }
     // The first tick comes a second after start-up; the greeting is centred at 6
     // pixels a character on the 130-pixel screen. (The tick stays off the line
     // while an operation owns it: tst_operation.)
     void greeting()
     {
-        QFETCH(bool, plugged);
-        QFETCH(QList<int>, funcs);
-        QFETCH(QStringList, screen);
+        QFETCH(Greeting, c);
+        const auto& [plugged, funcs, screen] = c;
         SimRig r;
         r.display.SetJustConnected(plugged);
         r.app().Start([&]() { r.clock->Advance(1500); });

@@ -77,19 +77,12 @@ private slots:
         QCOMPARE(ReadAll(Ini()), ReadAll(QStringLiteral(CORVANE_TEST_DATA "/settings/windows-after.ini")));
     }
 
-    void profileInt_data()
-    {
-        QTest::addColumn<QString>("content");
-        QTest::addColumn<long>("value");
-        for (const QStringList& r : TableRows(QStringLiteral("profile-int.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << long(r[2].toLongLong());
-    }
+    void profileInt_data() { AddTableRows(QStringLiteral("profile-int.txt")); }
     void profileInt()
     {
-        QFETCH(QString, content);
-        QFETCH(long, value);
-        WriteAll(Ini(), content.toLatin1());
-        QCOMPARE(PrivateProfile::GetInt(QStringLiteral("Common"), QStringLiteral("COM"), 1, Ini()), value);
+        QFETCH(QStringList, row);
+        WriteAll(Ini(), row[1].toLatin1());
+        QCOMPARE(PrivateProfile::GetInt(QStringLiteral("Common"), QStringLiteral("COM"), 1, Ini()), long(row[2].toLongLong()));
     }
 };
 

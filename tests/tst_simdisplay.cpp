@@ -13,11 +13,6 @@
 #include <QTest>
 
 namespace {
-QByteArray Hex(const char* vsHex)
-{
-    return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
-}
-
 // A host frame as the program builds it.
 QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments = QByteArray())
 {
@@ -41,6 +36,8 @@ QByteArray Answer(clsSimDisplay& rcDisplay, const QByteArray& vcRequest)
     const QList<clsSimDisplay::Reply> lcReplies = rcDisplay.Receive(vcRequest);
     return lcReplies.isEmpty() ? QByteArray("none") : lcReplies[0].bytes;
 }
+
+struct Answered { QString faults; QByteArray request, answer; };
 }
 
 class tst_SimDisplay : public QObject
@@ -50,26 +47,23 @@ class tst_SimDisplay : public QObject
 private slots:
     void answers_data()
     {
-        QTest::addColumn<QString>("faults");
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<Answered>("c");
         const auto F = [](quint8 vbyFunc, const char* vsArguments) { return clsSimDisplay::Frame(0x01, 0x66, vbyFunc, Hex(vsArguments)); };
-        QTest::newRow("read") << "" << Request(0x34, Hex("01 00 02 03")) << F(0x34, "01 12 00 FF");
-        QTest::newRow("read past the page end") << "" << Request(0x34, Hex("01 00 0E 03")) << F(0x34, "00");
-        QTest::newRow("just connected") << "" << Request(0xD0) << F(0xD0, "01");
-        QTest::newRow("firmware download start") << "" << Request(0xD9) << F(0xD9, "01");
-        QTest::newRow("firmware download refused") << "refuse-d9" << Request(0xD9) << F(0xD9, "00");
-        QTest::newRow("firmware download start unanswered") << "silent-d9" << Request(0xD9) << QByteArray("none");
-        QTest::newRow("firmware stream start: no answer") << "" << Request(0xCB) << QByteArray("none");
-        QTest::newRow("unknown function: no answer") << "" << Request(0x77) << QByteArray("none");
-        QTest::newRow("wrong address: no answer") << "" << Hex("00 00 65 01 07 36 55") << QByteArray("none");
+        QTest::newRow("read") << Answered{"", Request(0x34, Hex("01 00 02 03")), F(0x34, "01 12 00 FF")};
+        QTest::newRow("read past the page end") << Answered{"", Request(0x34, Hex("01 00 0E 03")), F(0x34, "00")};
+        QTest::newRow("just connected") << Answered{"", Request(0xD0), F(0xD0, "01")};
+        QTest::newRow("firmware download start") << Answered{"", Request(0xD9), F(0xD9, "01")};
+        QTest::newRow("firmware download refused") << Answered{"refuse-d9", Request(0xD9), F(0xD9, "00")};
+        QTest::newRow("firmware download start unanswered") << Answered{"silent-d9", Request(0xD9), QByteArray("none")};
+        QTest::newRow("firmware stream start: no answer") << Answered{"", Request(0xCB), QByteArray("none")};
+        QTest::newRow("unknown function: no answer") << Answered{"", Request(0x77), QByteArray("none")};
+        QTest::newRow("wrong address: no answer") << Answered{"", Hex("00 00 65 01 07 36 55"), QByteArray("none")};
     }
     // Only a download start it says yes to takes it into its bootloader.
     void answers()
     {
-        QFETCH(QString, faults);
-        QFETCH(QByteArray, request);
-        QFETCH(QByteArray, answer);
+        QFETCH(Answered, c);
+        const auto& [faults, request, answer] = c;
         clsSimDisplay lcDisplay;
         lcDisplay.SetGeometry(0, 3, 4, 5);
         lcDisplay.SetPage(1, Hex("00 00 12 00 FF 01"));
@@ -103,17 +97,11 @@ private slots:
     }
 
     // The simulator's command line.
-    void options_data()
-    {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QString>("outcome");
-        for (const QStringList& lcRow : TableRows(QStringLiteral("sim-options.txt")))
-            QTest::newRow(qPrintable(lcRow[0])) << lcRow[1] << lcRow[2];
-    }
+    void options_data() { AddTableRows(QStringLiteral("sim-options.txt")); }
     void options()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QString, outcome);
+        QFETCH(QStringList, row);
+        const QString arguments = row[1], outcome = row[2];
         QTemporaryDir lcDir;
         const QString lsBig = lcDir.filePath(QStringLiteral("big.img"));
         WriteAll(lsBig, QByteArray(65, '\x01'));

@@ -12,21 +12,12 @@ class tst_status : public QObject
 {
     Q_OBJECT
 private slots:
-    void bigBarAndTexts_data()
-    {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("positionStepPercent");
-        QTest::addColumn<int>("lines");
-        QTest::addColumn<int>("events");
-        for (const QStringList& r : TableRows(QStringLiteral("status-scripts.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << r[2] << r[3].toInt() << r[4].toInt();
-    }
+    void bigBarAndTexts_data() { AddTableRows(QStringLiteral("status-scripts.txt")); }
     void bigBarAndTexts()
     {
-        QFETCH(QString, script);
-        QFETCH(QString, positionStepPercent);
-        QFETCH(int, lines);
-        QFETCH(int, events);
+        QFETCH(QStringList, row);
+        const QString script = row[1], positionStepPercent = row[2];
+        const int lines = row[3].toInt(), events = row[4].toInt();
         TestApp lcTest(nullptr, false);
         clsStatus& rcStatus = lcTest.app->Status();
         clsProgressBarInfo& rcBar = rcStatus.BigProgressBarInfo();

@@ -14,23 +14,12 @@ class tst_timer : public QObject
 {
     Q_OBJECT
 private slots:
-    void script_data()
-    {
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<int>("ticks");
-        QTest::addColumn<int>("active");
-        QTest::addColumn<int>("tableGrowth");
-        QTest::addColumn<QString>("error");
-        for (const QStringList& r : TableRows(QStringLiteral("timer-scripts.txt")))
-            QTest::newRow(qPrintable(r[0])) << r[1] << r[2].toInt() << r[3].toInt() << r[4].toInt() << r[5];
-    }
+    void script_data() { AddTableRows(QStringLiteral("timer-scripts.txt")); }
     void script()
     {
-        QFETCH(QString, steps);
-        QFETCH(int, ticks);
-        QFETCH(int, active);
-        QFETCH(int, tableGrowth);
-        QFETCH(QString, error);
+        QFETCH(QStringList, row);
+        const QString steps = row[1], error = row[5];
+        const int ticks = row[2].toInt(), active = row[3].toInt(), tableGrowth = row[4].toInt();
         VirtualClock lcClock;
         clsDTimer::UseEventLoop(&lcClock);
         { // the table's first entries, so that only a row's own growth counts

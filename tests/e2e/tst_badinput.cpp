@@ -14,10 +14,8 @@
 #include <unistd.h>
 
 namespace {
-const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
-const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
-                              "--id", "12.0.34.5.6.7.8.9", "--flash", kGolden + "flash.img"};
-constexpr int kPageSize = 1024;
+// prepare: a step of Scene::Prepare; display: the simulated display's options, none: no display.
+struct BadCase { QString prepare; QByteArray content; QStringList display, arguments; int exitCode; QStringList says; };
 
 // One run's directories: the user's files (an earlier export, saved page
 // files) and the program's home; "{user}", "{home}", "{root}" in a row name them.
@@ -65,12 +63,7 @@ class tst_BadInput : public QObject
 private slots:
     void badInput_data()
     {
-        QTest::addColumn<QString>("prepare");
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QStringList>("display"); // the simulated display's options; none: no display
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QStringList>("says");
+        QTest::addColumn<BadCase>("c");
 
         const QStringList lcDownload = {"download", "--yes", "--reconnect", "0", "--home", "{home}", "-o", "{user}/trips.txt"};
         const QStringList lcId = {"id", "--simulate", "--home", "{home}"};
@@ -82,56 +75,57 @@ private slots:
         const QStringList lcNone;
 
         // The port's own reason comes once, before the first question; --no cancels there.
-        QTest::newRow("missing port, --no") << "" << QByteArray() << lcNone
-                                            << QStringList{"download", "--no", "--home", "{home}", "-o", "{user}/new.txt", "--port", "/dev/ttyNOPE"}
-                                            << 1 << QStringList{lsNoPort, lsSilent, "[OK/Cancel] Cancel\n", lsCancelled};
+        QTest::newRow("missing port, --no")
+            << BadCase{"", QByteArray(), lcNone,
+                       QStringList{"download", "--no", "--home", "{home}", "-o", "{user}/new.txt", "--port", "/dev/ttyNOPE"}, 1,
+                       QStringList{lsNoPort, lsSilent, "[OK/Cancel] Cancel\n", lsCancelled}};
         // --yes answers OK as often as --reconnect says, then Cancel.
-        QTest::newRow("missing port, --yes") << "" << QByteArray() << lcNone
-                                             << QStringList{"id", "--yes", "--reconnect", "1", "--home", "{home}", "--port", "/dev/ttyNOPE"}
-                                             << 1 << QStringList{lsNoPort, "[OK/Cancel] OK\n",
-                                                                 "[OK/Cancel] Cancel (--reconnect 1: no more attempts)\n", lsCancelled};
-        QTest::newRow("port is a file") << "write {user}/notaport" << QByteArray("a file of the user\n") << lcNone
-                                        << lcDownload + QStringList{"--port", "{user}/notaport"} << 1
-                                        << QStringList{"corvane: Unable to open serial port {user}/notaport: ", lsCancelled};
-        QTest::newRow("port is a directory") << "mkdir {user}/portdir" << QByteArray() << lcNone
-                                             << lcDownload + QStringList{"--port", "{user}/portdir"} << 1
-                                             << QStringList{"corvane: Unable to open serial port {user}/portdir: ", lsCancelled};
-        QTest::newRow("home is a file") << "write {root}/homefile" << QByteArray("not a directory\n") << lcNone
-                                        << QStringList{"id", "--simulate", "--home", "{root}/homefile"} << 1
-                                        << QStringList{"corvane: cannot write in the home directory {root}/homefile\n"};
-        QTest::newRow("read-only home") << "read-only {home}" << QByteArray() << lcNone << lcId << 1
-                                        << QStringList{"corvane: cannot write in the home directory {home}\n"};
-        QTest::newRow("binary page file") << "write {user}/pages/Page2.DSW" << QByteArray("\x89PNG\r\n\x1a\n\0\0", 10) << lcNone << lcDecode << 1
-                                          << QStringList{"corvane: Type mismatch in {user}/pages/Page2.DSW, line 1\n"};
+        QTest::newRow("missing port, --yes")
+            << BadCase{"", QByteArray(), lcNone,
+                       QStringList{"id", "--yes", "--reconnect", "1", "--home", "{home}", "--port", "/dev/ttyNOPE"}, 1,
+                       QStringList{lsNoPort, "[OK/Cancel] OK\n", "[OK/Cancel] Cancel (--reconnect 1: no more attempts)\n", lsCancelled}};
+        QTest::newRow("port is a file")
+            << BadCase{"write {user}/notaport", QByteArray("a file of the user\n"), lcNone,
+                       lcDownload + QStringList{"--port", "{user}/notaport"}, 1,
+                       QStringList{"corvane: Unable to open serial port {user}/notaport: ", lsCancelled}};
+        QTest::newRow("port is a directory")
+            << BadCase{"mkdir {user}/portdir", QByteArray(), lcNone, lcDownload + QStringList{"--port", "{user}/portdir"}, 1,
+                       QStringList{"corvane: Unable to open serial port {user}/portdir: ", lsCancelled}};
+        QTest::newRow("home is a file")
+            << BadCase{"write {root}/homefile", QByteArray("not a directory\n"), lcNone,
+                       QStringList{"id", "--simulate", "--home", "{root}/homefile"}, 1,
+                       QStringList{"corvane: cannot write in the home directory {root}/homefile\n"}};
+        QTest::newRow("read-only home")
+            << BadCase{"read-only {home}", QByteArray(), lcNone, lcId, 1,
+                       QStringList{"corvane: cannot write in the home directory {home}\n"}};
+        QTest::newRow("binary page file")
+            << BadCase{"write {user}/pages/Page2.DSW", QByteArray("\x89PNG\r\n\x1a\n\0\0", 10), lcNone, lcDecode, 1,
+                       QStringList{"corvane: Type mismatch in {user}/pages/Page2.DSW, line 1\n"}};
         QTest::newRow("-o in a missing directory")
-            << "" << QByteArray() << lcNone
-            << QStringList{"download", "--simulate", "--home", "{home}", "-o", "{root}/missing/trips.txt"} << 1
-            << QStringList{"corvane: Path not found: {root}/missing/trips.txt\n"};
+            << BadCase{"", QByteArray(), lcNone,
+                       QStringList{"download", "--simulate", "--home", "{home}", "-o", "{root}/missing/trips.txt"}, 1,
+                       QStringList{"corvane: Path not found: {root}/missing/trips.txt\n"}};
         QTest::newRow("-o in a read-only directory")
-            << "read-only {user}" << QByteArray() << lcNone
-            << QStringList{"download", "--simulate", "--home", "{home}", "-o", "{user}/new.txt"} << 1
-            << QStringList{"corvane: Permission denied: {user}/new.txt\n"};
+            << BadCase{"read-only {user}", QByteArray(), lcNone,
+                       QStringList{"download", "--simulate", "--home", "{home}", "-o", "{user}/new.txt"}, 1,
+                       QStringList{"corvane: Permission denied: {user}/new.txt\n"}};
         QTest::newRow("save fails over an existing file")
-            << "write " + lsLongName << QByteArray("an export the user keeps\r\n") << lcNone
-            << QStringList{"download", "--simulate", "--yes", "--home", "{home}", "-o", lsLongName} << 1
-            << QStringList{"corvane: Path/File access error: " + lsLongName + "\n"};
+            << BadCase{"write " + lsLongName, QByteArray("an export the user keeps\r\n"), lcNone,
+                       QStringList{"download", "--simulate", "--yes", "--home", "{home}", "-o", lsLongName}, 1,
+                       QStringList{"corvane: Path/File access error: " + lsLongName + "\n"}};
         // The display answers so many requests (ID, memory map, page state, reads), then its cable is pulled.
         QTest::newRow("download, display pulled after 4 requests")
-            << "" << QByteArray() << kDisplay + QStringList{"--unplug-after", "4"} << lcDownload + QStringList{"--port", "{port}"}
-            << 1 << QStringList{"corvane: Serial port {port} lost: ", lsCancelled};
+            << BadCase{"", QByteArray(), kDisplay + QStringList{"--unplug-after", "4"}, lcDownload + QStringList{"--port", "{port}"}, 1,
+                       QStringList{"corvane: Serial port {port} lost: ", lsCancelled}};
         QTest::newRow("erase, display pulled after 3 requests")
-            << "" << QByteArray() << kDisplay + QStringList{"--unplug-after", "3"}
-            << QStringList{"erase", "--yes", "--reconnect", "0", "--home", "{home}", "--port", "{port}"} << 1
-            << QStringList{"corvane: Serial port {port} lost: "};
+            << BadCase{"", QByteArray(), kDisplay + QStringList{"--unplug-after", "3"},
+                       QStringList{"erase", "--yes", "--reconnect", "0", "--home", "{home}", "--port", "{port}"}, 1,
+                       QStringList{"corvane: Serial port {port} lost: "}};
     }
     void badInput()
     {
-        QFETCH(QString, prepare);
-        QFETCH(QByteArray, content);
-        QFETCH(QStringList, display);
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QStringList, says);
+        QFETCH(BadCase, c);
+        const auto& [prepare, content, display, arguments, exitCode, says] = c;
         if (prepare.startsWith(QLatin1String("read-only")) && geteuid() == 0)
             QSKIP("root writes in a read-only directory");
         Scene s;

@@ -12,11 +12,10 @@
 #include <csignal>
 
 namespace {
-const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
-// The geometry and ID the golden image was made with.
-const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
-                              "--id", "12.0.34.5.6.7.8.9", "--flash", kGolden + "flash.img"};
-constexpr int kPageSize = 1024;
+struct Refusal { QStringList arguments; int exitCode; QString says; };
+struct EraseRun { QString answer; bool erased; QString says; };
+struct Probe { QString port; int exitCode; QString out, err; };
+struct Update { QString fault; int exitCode; QString says; };
 
 // The golden image's pages 1 to vlLast as page files in a new directory vsDir.
 void WritePages(const QString& vsDir, int vlLast)
@@ -56,30 +55,26 @@ private slots:
     // touched; a run that cannot start is 1. The parser's reasons are tested in process.
     void refused_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("says");
+        QTest::addColumn<Refusal>("c");
         const QStringList lcNoPort{"--port", "/nonexistent/tty", "--home", "{home}"};
-        QTest::newRow("refused arguments") << QStringList{"erase", "-o", "x.txt"} << 2
-                                           << "corvane: -o does not go with erase\nTry \"corvane --help\".\n";
-        QTest::newRow("decode of a missing directory") << QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}
-                                                       << 1 << "Path not found: /nonexistent/kvt";
-        QTest::newRow("upload-db without a file") << QStringList{"upload-db", "--no"} + lcNoPort << 1
-                                                  << "Please select one or more items to upload";
-        QTest::newRow("update-firmware without a file") << QStringList{"update-firmware", "--no"} + lcNoPort << 1
-                                                        << "No download file selected.";
+        QTest::newRow("refused arguments")
+            << Refusal{QStringList{"erase", "-o", "x.txt"}, 2, "corvane: -o does not go with erase\nTry \"corvane --help\".\n"};
+        QTest::newRow("decode of a missing directory")
+            << Refusal{QStringList{"decode", "--geometry", "0,7,10", "/nonexistent/kvt"}, 1, "Path not found: /nonexistent/kvt"};
+        QTest::newRow("upload-db without a file")
+            << Refusal{QStringList{"upload-db", "--no"} + lcNoPort, 1, "Please select one or more items to upload"};
+        QTest::newRow("update-firmware without a file")
+            << Refusal{QStringList{"update-firmware", "--no"} + lcNoPort, 1, "No download file selected."};
         QTest::newRow("erase without an answer or a terminal")
-            << QStringList{"erase"} + lcNoPort << 2
-            << "corvane: this question needs an answer: run it on a terminal, or give --yes or --no\n";
+            << Refusal{QStringList{"erase"} + lcNoPort, 2,
+                       "corvane: this question needs an answer: run it on a terminal, or give --yes or --no\n"};
     }
     void refused()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QString, says);
+        QFETCH(Refusal, c);
+        const auto& [arguments, exitCode, says] = c;
         QTemporaryDir lcHome;
-        arguments.replaceInStrings(QStringLiteral("{home}"), lcHome.path());
-        const clsRun lcRun = Corvane(arguments);
+        const clsRun lcRun = Corvane(QStringList(arguments).replaceInStrings(QStringLiteral("{home}"), lcHome.path()));
         QCOMPARE(lcRun.exitCode, exitCode);
         QVERIFY2(lcRun.err.contains(says), qPrintable(lcRun.err));
         QVERIFY(lcRun.out.isEmpty());
@@ -157,18 +152,15 @@ private slots:
     // The logging area, every page after FirstPage, is erased; FirstPage itself stays as it was.
     void erase_data()
     {
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("erased");
-        QTest::addColumn<QString>("says");
-        QTest::newRow("--yes") << "--yes" << true
-                               << "Corvane Desktop: Are you sure you want to clear the display database? [Yes/No] Yes\n";
-        QTest::newRow("--no") << "--no" << false << "Nothing erased.";
+        QTest::addColumn<EraseRun>("c");
+        QTest::newRow("--yes")
+            << EraseRun{"--yes", true, "Corvane Desktop: Are you sure you want to clear the display database? [Yes/No] Yes\n"};
+        QTest::newRow("--no") << EraseRun{"--no", false, "Nothing erased."};
     }
     void erase()
     {
-        QFETCH(QString, answer);
-        QFETCH(bool, erased);
-        QFETCH(QString, says);
+        QFETCH(EraseRun, c);
+        const auto& [answer, erased, says] = c;
         SimProcess lcSim;
         const QString lsSaved = lcSim.File(QStringLiteral("saved.img"));
         QVERIFY(lcSim.Start(kDisplay + QStringList{"--save-flash", lsSaved}));
@@ -201,21 +193,17 @@ private slots:
     // that says it was just plugged in, nothing for one that was greeted before.
     void detect_data()
     {
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("out");
-        QTest::addColumn<QString>("err");
-        QTest::newRow("just plugged in") << "--simulate" << 0
-                                         << "Display detected: greeted with \"Connected to\" and \"Corvane Desktop\"\n" << "Display Detected (";
-        QTest::newRow("greeted before") << "pty" << 0 << "Display present: greeted before, it is greeted again once plugged in anew\n" << "";
-        QTest::newRow("nothing on the port") << "/dev/nonexistent-kvt" << 1 << "" << "corvane: no display answers\n";
+        QTest::addColumn<Probe>("c");
+        QTest::newRow("just plugged in")
+            << Probe{"--simulate", 0, "Display detected: greeted with \"Connected to\" and \"Corvane Desktop\"\n", "Display Detected ("};
+        QTest::newRow("greeted before")
+            << Probe{"pty", 0, "Display present: greeted before, it is greeted again once plugged in anew\n", ""};
+        QTest::newRow("nothing on the port") << Probe{"/dev/nonexistent-kvt", 1, "", "corvane: no display answers\n"};
     }
     void detect()
     {
-        QFETCH(QString, port);
-        QFETCH(int, exitCode);
-        QFETCH(QString, out);
-        QFETCH(QString, err);
+        QFETCH(Probe, c);
+        const auto& [port, exitCode, out, err] = c;
         SimProcess lcSim;
         QStringList lcArguments = {"detect", "-v", "--home", lcSim.File(QStringLiteral("home"))};
         if (port == QLatin1String("pty")) {
@@ -257,17 +245,14 @@ private slots:
     // stream after the line in flight, with the word that the display waits in its bootloader.
     void firmware_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("says");
-        QTest::newRow("NAKs") << "nak-lines=3" << 0 << "Firmware line 1 of 66 answered NAK";
-        QTest::newRow("Ctrl+C") << "silent-lines=1000" << 130 << "stays in its bootloader";
+        QTest::addColumn<Update>("c");
+        QTest::newRow("NAKs") << Update{"nak-lines=3", 0, "Firmware line 1 of 66 answered NAK"};
+        QTest::newRow("Ctrl+C") << Update{"silent-lines=1000", 130, "stays in its bootloader"};
     }
     void firmware()
     {
-        QFETCH(QString, fault);
-        QFETCH(int, exitCode);
-        QFETCH(QString, says);
+        QFETCH(Update, c);
+        const auto& [fault, exitCode, says] = c;
         SimProcess lcSim;
         QVERIFY(lcSim.Start({"--fault", fault}));
         const auto lcInterrupt = [](QProcess& rcProcess) {

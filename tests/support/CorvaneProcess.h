@@ -16,6 +16,11 @@
 
 inline const QString kCorvane = QStringLiteral(CORVANE_BINARY_DIR "/cli/corvane");
 inline const QString kSimulator = QStringLiteral(CORVANE_BINARY_DIR "/sim/corvane-display-sim");
+// The golden download, and the geometry and ID its flash image was made with.
+inline const QString kGolden = QStringLiteral(CORVANE_TEST_DATA "/cli-download/");
+inline const QStringList kDisplay = {"--first-page", "0", "--last-page", "7", "--page-size-log2", "10",
+                                     "--id", "12.0.34.5.6.7.8.9", "--flash", kGolden + "flash.img"};
+constexpr int kPageSize = 1024;
 
 struct clsRun {
     int exitCode = -1; // -1: did not end by itself

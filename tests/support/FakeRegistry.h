@@ -14,7 +14,6 @@ public:
                            QString& rsValue) const override
     {
         const QString lsPath = Path(vRoot, vsSubKey) + QLatin1Char('\\') + vsValueName;
-        ++reads;
         if (!values.contains(lsPath))
             return false;
         rsValue = values.value(lsPath);
@@ -35,5 +34,4 @@ public:
     QMap<QString, QString> values;
     QMap<QString, QStringList> subKeys;
     QList<SerialDevice> devices;
-    mutable int reads = 0;
 };

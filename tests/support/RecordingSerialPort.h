@@ -14,7 +14,6 @@ public:
     bool PortOpen() const override { return open; }
     bool SetPortOpen(bool vbOpen) override
     {
-        ++openCalls;
         open = vbOpen && canOpen;
         if (vbOpen && !open && !openError.isEmpty())
             RaiseOnError(openError);
@@ -35,17 +34,14 @@ public:
             loop->WaitForEvents(vlDeadline);
         return false;
     }
-    void Flush() override { ++flushes; }
-    void Purge() override { ++purges; }
+    void Flush() override {}
+    void Purge() override {}
 
     QString port;
     bool open = false;
     bool canOpen = true;
     // Reported on a failed open, as a real port reports one.
     QString openError;
-    int openCalls = 0;
-    int flushes = 0;
-    int purges = 0;
     IEventLoop* loop = nullptr;
     QList<QByteArray> written;
 };

@@ -6,6 +6,12 @@
 #include <QStringList>
 #include <QTest>
 
+// Bytes written as spaced hex, "00 00 66 01".
+inline QByteArray Hex(const char* vsHex)
+{
+    return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
+}
+
 // Whole-file reads and writes for tests; a file that cannot be read is empty.
 inline QByteArray ReadAll(const QString& vsPath)
 {
@@ -38,4 +44,12 @@ inline QList<QStringList> TableRows(const QString& vsTable)
     if (lcRows.isEmpty())
         qFatal("no rows in %s", qPrintable(vsTable));
     return lcRows;
+}
+
+// A _data() function over a table: one column "row", the fields as read (row[0] is the name).
+inline void AddTableRows(const QString& vsTable)
+{
+    QTest::addColumn<QStringList>("row");
+    for (const QStringList& lcRow : TableRows(vsTable))
+        QTest::newRow(qPrintable(lcRow[0])) << lcRow;
 }
