@@ -164,6 +164,9 @@ private slots:
         QCOMPARE(lcSpy.count(), frames);
         QCOMPARE(Arguments(*lcMessage).toHex(' '), arguments.toHex(' '));
         QCOMPARE(lcMessage->ReceiveCSOK(), csok);
+        // The checksum as sent: the frame's last byte (none of these ends in an escaped zero).
+        if (!arguments.isEmpty())
+            QCOMPARE(lcMessage->ReceiveCS(), quint8(input.back()));
     }
 
     // Any argument list that fits the receiver, echoed by the display, comes
