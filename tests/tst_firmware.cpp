@@ -42,14 +42,6 @@ QList<int> Sends(const SimRig& r, const QList<QByteArray>& vcLines)
     return lcCounts;
 }
 
-QStringList Boxes(const SimRig& r)
-{
-    QStringList lcBoxes;
-    for (const FakeUserDialogs::Box& lcBox : r.t.dialogs.boxes)
-        lcBoxes << lcBox.title + QStringLiteral(": ") + lcBox.text;
-    return lcBoxes;
-}
-
 clsError Download(SimRig& r, const QString& vsFile)
 {
     clsError lcError;
@@ -86,16 +78,13 @@ private slots:
         QFETCH(QString, chunks);
         QFETCH(QString, fault);
         QFETCH(QByteArray, answers);
-        clsSimBootloader lcBoot;
-        lcBoot.SetNakLines(fault == QLatin1String("nak-lines") ? 2 : 0);
-        lcBoot.SetSilentLines(fault == QLatin1String("silent-lines") ? 1 : 0);
-        lcBoot.SetRebootAtRecord(fault == QLatin1String("reb-at") ? 2 : 0);
-        lcBoot.SetSilentOnStart(fault == QLatin1String("silent-start"));
+        SimRig r;
+        r.Fault(fault);
         QByteArray lcAnswers;
         for (const QString& lsChunk : chunks.split(QLatin1Char('|')))
-            lcAnswers += lcBoot.Receive(QByteArray::fromHex(lsChunk.toLatin1()));
+            lcAnswers += r.bootloader.Receive(QByteArray::fromHex(lsChunk.toLatin1()));
         QCOMPARE(lcAnswers, answers);
-        QCOMPARE(lcBoot.Restarted(), answers.endsWith("REB\r\n") || fault == QLatin1String("silent-start"));
+        QCOMPARE(r.bootloader.Restarted(), answers.endsWith("REB\r\n") || fault.startsWith(QLatin1String("silent-start")));
     }
 
     // What each answer of the bootloader leads to. Three data records, the
@@ -114,20 +103,12 @@ private slots:
     void streamRules()
     {
         QFETCH(StreamCase, c);
-        const QString& fault = c.fault;
         SimRig r;
         const QList<QByteArray> lcLines = Records(3);
         const QString lsFile = PutFirmware(r, "MD firmware 1.2", lcLines);
-        const int llCount = fault.section(QLatin1Char('='), 1).toInt();
-        if (fault.startsWith(QLatin1String("nak-lines")))
-            r.bootloader.SetNakLines(llCount);
-        else if (fault.startsWith(QLatin1String("silent-lines")))
-            r.bootloader.SetSilentLines(llCount);
-        else if (fault.startsWith(QLatin1String("silent-start")))
-            r.bootloader.SetSilentOnStart(true);
-        else if (fault.startsWith(QLatin1String("reb-at")))
-            r.bootloader.SetRebootAtRecord(llCount);
-        else if (fault == QLatin1String("bare-ack"))
+        if (c.fault != QLatin1String("bare-ack"))
+            r.Fault(c.fault);
+        else
             r.display.SetBootloaderHook([&r](const QByteArray& vcBytes) {
                 r.bootloaderReceived += vcBytes;
                 const QByteArray lcReply = r.bootloader.Receive(vcBytes);
@@ -142,13 +123,13 @@ private slots:
         QVERIFY(!r.bootloaderReceived.contains("MD "));
         const quint32 llMs = r.clock->timeGetTime();
         QVERIFY2(llMs >= c.minMs && llMs <= c.maxMs, qPrintable(QString::number(llMs)));
-        QCOMPARE(Boxes(r), QStringList());
+        QCOMPARE(r.t.dialogs.Shown(), QStringList());
         // the highlighted warning and the screen text around the stream
         QCOMPARE(r.Funcs(), (QList<int>{0x0F, 0xD9, 0x0F, 0xCB}));
         QCOMPARE(r.display.ScreenText(), (QStringList{" Don't Disconnect!", QString(18, QLatin1Char(' '))}));
         QCOMPARE(r.t.window.calls.filter(QStringLiteral("MdWarning")), kWarning);
         QCOMPARE(r.t.window.bars[int(IMainWindow::Bar::Download)].value, 0);
-        if (!fault.startsWith(QLatin1String("reb")))
+        if (!c.fault.startsWith(QLatin1String("reb")))
             QCOMPARE(r.bootloader.Program(), QByteArray::fromHex("101010101111111112121212"));
     }
 
@@ -169,9 +150,8 @@ private slots:
         const QString &file = c.file, &fault = c.fault, &box = c.box;
         const QList<int>& funcs = c.funcs;
         SimRig r;
-        QString lsError;
-        if (fault.endsWith(QLatin1String("-d9")))
-            QVERIFY(r.display.Faults().Parse(fault, lsError));
+        if (fault != QLatin1String("header-only"))
+            r.Fault(fault);
         QList<QByteArray> lcLines = Records(1);
         if (file == QLatin1String("bad"))
             lcLines[1] = "3A0G";
@@ -186,7 +166,7 @@ private slots:
         else if (file == QLatin1String("?"))
             QFile::remove(lsFile);
         QCOMPARE(Download(r, lsFile).Error(), c.error);
-        QCOMPARE(Boxes(r), box.isEmpty() ? QStringList() : QStringList{QString(box).replace("%1", r.t.Home())});
+        QCOMPARE(r.t.dialogs.Shown(), box.isEmpty() ? QStringList() : QStringList{QString(box).replace("%1", r.t.Home())});
         QCOMPARE(r.Funcs(), funcs);
         if (funcs.size() > 1) {
             QCOMPARE(r.display.ScreenText().first(), QStringLiteral(" Don't Disconnect!"));
@@ -212,7 +192,7 @@ private slots:
         const QString lsText = QStringLiteral(
             "Firmware update stopped: the Memory Display stays in its bootloader until the update is run again.");
         QCOMPARE(lcError.Description(), lsText);
-        QCOMPARE(Boxes(r), QStringList{QStringLiteral("Corvane Desktop: ") + lsText});
+        QCOMPARE(r.t.dialogs.Shown(), QStringList{QStringLiteral("Corvane Desktop: ") + lsText});
         QVERIFY(r.t.LogLines().contains(QStringLiteral("ERROR ") + lsText));
         // the wait for the line in flight and the unanswered screen text
         QVERIFY2(r.clock->timeGetTime() < 50000 + 5000 + 1000 + 500, qPrintable(QString::number(r.clock->timeGetTime())));
@@ -245,7 +225,7 @@ private slots:
             return BootloaderReply{r.bootloader.Receive(vcBytes), false};
         });
         QCOMPARE(Download(r, lsFile).Error(), 0x20000004);
-        QCOMPARE(Boxes(r), QStringList{QStringLiteral("Error: ERROR in opening software download file:") + lsFile});
+        QCOMPARE(r.t.dialogs.Shown(), QStringList{QStringLiteral("Error: ERROR in opening software download file:") + lsFile});
         QCOMPARE(ReadAll(lsFile), lcBefore);
         QVERIFY2(r.clock->timeGetTime() < 25000, qPrintable(QString::number(r.clock->timeGetTime())));
         QCOMPARE(r.t.window.calls.filter(QStringLiteral("MdWarning")), kWarning);

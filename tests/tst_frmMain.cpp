@@ -27,6 +27,13 @@ struct WindowRig {
     explicit WindowRig(int vlDays = 2)
     {
         window.Attach(rig.app());
+        // sampled at every status change and grid rebuild while an operation runs
+        const auto lcSample = [this]() {
+            if (app().CommunicationIsRunning())
+                during << Enabled().contains(true);
+        };
+        QObject::connect(&app(), &clsApplication::StatusShown, &window, lcSample);
+        QObject::connect(&window.GridModel(), &QAbstractItemModel::modelReset, &window, lcSample);
         if (vlDays > 0) {
             QByteArray lcFlash = rig.display.Flash();
             QString lsError;
@@ -54,17 +61,18 @@ struct WindowRig {
         window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window));
     }
-    // Whether any of the controls was enabled, sampled at every status change while an operation runs.
-    QList<bool> during;
-    void Watch(const std::function<bool()>& vAnyEnabled)
+    // Whether controls all over the window are on: the Exit button, the tabs,
+    // the File menu, a record filter box and an upload tick box.
+    QList<bool> Enabled()
     {
-        const auto lcSample = [this, vAnyEnabled]() {
-            if (app().CommunicationIsRunning())
-                during << vAnyEnabled();
-        };
-        QObject::connect(&app(), &clsApplication::StatusShown, &window, lcSample);
-        QObject::connect(&window.GridModel(), &QAbstractItemModel::modelReset, &window, lcSample);
+        return {Find<QPushButton>(QStringLiteral("cmdExit"))->isEnabled(),
+                Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar()->isEnabled(),
+                Find<QMenu>(QStringLiteral("mnu_File"))->menuAction()->isEnabled(),
+                Find<QCheckBox>(QStringLiteral("chePoliceCheck"))->isEnabled(),
+                Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"))->isEnabled()};
     }
+    // Whether any of them was on, at each sample while an operation ran.
+    QList<bool> during;
     QString StatusLine() const
     {
         return window.findChild<QLabel*>(QStringLiteral("lblStatusLine"))->text().left(90).trimmed();
@@ -165,18 +173,11 @@ private slots:
         QFETCH(FrameCase, c);
         WindowRig w;
         w.Show();
-        auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
-        auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"))->tabBar();
-        auto* lcFile = w.Find<QMenu>(QStringLiteral("mnu_File"));
-        auto* lcBox = w.Find<QCheckBox>(QStringLiteral("chePoliceCheck"));
-        w.Watch([&]() {
-            return lcExit->isEnabled() || lcTabs->isEnabled() || lcFile->menuAction()->isEnabled() || lcBox->isEnabled();
-        });
         w.rig.display.Faults().SilentFromRequest = c.silent ? 1 : 0;
         w.rig.t.dialogs.answers.append(c.answers);
         w.Click(c.control);
         QVERIFY(!w.during.isEmpty() && !w.during.contains(true));
-        QVERIFY(lcExit->isEnabled() && lcTabs->isEnabled() && lcFile->menuAction()->isEnabled() && lcBox->isEnabled());
+        QVERIFY(!w.Enabled().contains(false));
         QVERIFY2(c.status.isEmpty() || w.StatusLine().startsWith(c.status), qPrintable(w.StatusLine()));
         QVERIFY(!w.app().CommunicationIsRunning());
     }
@@ -191,7 +192,6 @@ private slots:
     void uploadPages()
     {
         QFETCH(UploadCase, c);
-        const QString& box = c.box;
         WindowRig w(0);
         w.rig.display.SetGeometry(0, 8, 8, 64);
         w.Show();
@@ -205,21 +205,14 @@ private slots:
         }
         for (const QString& lsBox : c.clicks)
             w.Click(lsBox);
-        auto* lcExit = w.Find<QPushButton>(QStringLiteral("cmdExit"));
-        auto* lcTick = w.Find<QCheckBox>(QStringLiteral("chkSelectKVTCC"));
-        w.Watch([&]() { return lcExit->isEnabled() || lcTick->isEnabled(); });
         const int llRequests = w.rig.display.Requests().size();
         w.Click(c.button);
-        QVERIFY(!w.rig.t.dialogs.boxes.isEmpty());
-        const FakeUserDialogs::Box& lcBox = w.rig.t.dialogs.boxes.last();
-        QVERIFY2((lcBox.title + QStringLiteral(": ") + lcBox.text).startsWith(box), qPrintable(lcBox.text));
-        QCOMPARE(lcBox.icon, box.contains(QLatin1String("ERROR")) ? MsgIcon::Critical : MsgIcon::None);
-        QCOMPARE(lcBox.buttons, MsgButtons::OK);
+        QCOMPARE(w.rig.t.dialogs.Shown(true), QStringList{c.box});
         // a ticked box with no file still greets the display before the files are checked
-        const bool lbTalked = !box.contains(QLatin1String("Please select"));
+        const bool lbTalked = !c.box.contains(QLatin1String("Please select"));
         QCOMPARE(w.rig.display.Requests().size() > llRequests, lbTalked);
         QVERIFY(!lbTalked || (!w.during.isEmpty() && !w.during.contains(true)));
-        QVERIFY(lcExit->isEnabled() && lcTick->isEnabled());
+        QVERIFY(!w.Enabled().contains(false));
         QVERIFY(!w.app().CommunicationIsRunning());
     }
     void selectButtons_data()
@@ -276,10 +269,10 @@ private slots:
         w.rig.clock->ScheduleIn(200000, [&]() { w.app().RequestCancel(); });
         w.Click(QStringLiteral("cmdInstallKVTMemoryDisplay"));
         QCoreApplication::processEvents();
-        QCOMPARE(w.rig.t.dialogs.boxes.size(), 2);
-        QCOMPARE(w.rig.t.dialogs.boxes[0].text, QStringLiteral("The Memory Display firmware is being updated.\r\nStop the update?"));
-        QCOMPARE(w.rig.t.dialogs.boxes[0].buttons, MsgButtons::YesNo);
-        QVERIFY(w.rig.t.dialogs.boxes[1].text.startsWith(QStringLiteral("Firmware update stopped")));
+        QCOMPARE(w.rig.t.dialogs.Shown(true),
+                 (QStringList{"Corvane Desktop: The Memory Display firmware is being updated.\r\nStop the update? [YesNo Question]",
+                              "Corvane Desktop: Firmware update stopped: the Memory Display stays in its bootloader until "
+                              "the update is run again. [OK Exclamation]"}));
         const quint32 llStopped = closed ? 50000 : 200000;
         QVERIFY2(w.rig.clock->timeGetTime() >= llStopped && w.rig.clock->timeGetTime() < llStopped + 10000,
                  qPrintable(QString::number(w.rig.clock->timeGetTime())));
@@ -352,9 +345,7 @@ private slots:
         const int llRows = w.window.GridModel().rowCount();
         const int llRequests = w.rig.display.Requests().size();
         w.Click(control);
-        QCOMPARE(w.rig.t.dialogs.boxes.size(), 1);
-        QCOMPARE(w.rig.t.dialogs.boxes.first().text, QStringLiteral("Functionality not implemented"));
-        QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
+        QCOMPARE(w.rig.t.dialogs.Shown(true), QStringList{"Corvane Desktop: Functionality not implemented [OK Information]"});
         QCOMPARE(w.window.GridModel().rowCount(), llRows);
         QCOMPARE(w.rig.display.Requests().size(), llRequests);
         QVERIFY(!w.app().DataSaved());
@@ -380,13 +371,8 @@ private slots:
         const int llRows = w.window.GridModel().rowCount();
         w.rig.t.dialogs.answers.append(answers);
         w.Click(QStringLiteral("cmdExit"));
-        QCOMPARE(w.rig.t.dialogs.boxes.size(), answers.size());
-        if (!answers.isEmpty()) {
-            QCOMPARE(w.rig.t.dialogs.boxes.first().text,
-                     QStringLiteral("Information is not saved.\r\nAre you sure you want to quite?"));
-            QCOMPARE(w.rig.t.dialogs.boxes.first().buttons, MsgButtons::YesNo);
-            QCOMPARE(w.rig.t.dialogs.boxes.first().title, QStringLiteral("Corvane Desktop"));
-        }
+        QCOMPARE(w.rig.t.dialogs.Shown(true),
+                 QStringList(answers.size(), "Corvane Desktop: Information is not saved.\r\nAre you sure you want to quite? [YesNo Question]"));
         QCOMPARE(w.window.isVisible(), !closed);
         QCOMPARE(w.app().DataSaved(), closed);
         QCOMPARE(w.window.GridModel().rowCount(), llRows);

@@ -10,12 +10,12 @@
 
 namespace {
 const QString kId = QStringLiteral("12.0.34.5.6.7.8.9.");
-const QByteArray kOtherId = QByteArray::fromHex("0102030405060708");
-const QString kBoxText = QStringLiteral(
-    "Unable to communicate with display\r\nplease check the cables\r\nPress ok to continue and cancel to stop");
+const QString kRetryBox = QStringLiteral("Corvane Desktop: Unable to communicate with display\r\nplease check the cables\r\n"
+                                         "Press ok to continue and cancel to stop [OKCancel None]");
 
-struct Retries { int drop, silentFrom, newIdFrom; QList<MsgResult> answers; int error, requests; QString lastRetry; };
-struct IdCase { QByteArray id; bool stopped; int silentFrom; QString text, status; int error, requests; };
+struct Retries { QString faults; QList<MsgResult> answers; int error, requests; QString lastRetry; };
+// ms, bytes: the virtual time taken and the bytes on the line both ways
+struct IdCase { QByteArray id; bool stopped; int silentFrom; QString text, status; int error, requests; quint32 ms; qint64 bytes; };
 }
 
 class tst_Link : public QObject
@@ -27,26 +27,23 @@ private slots:
     {
         QTest::addColumn<Retries>("c");
         using R = QList<MsgResult>;
-        QTest::newRow("answered at once") << Retries{0, 0, 0, {}, 0, 1, ""};
-        QTest::newRow("fifth attempt answered") << Retries{4, 0, 0, {}, 0, 5, "Retry 4"};
+        QTest::newRow("answered at once") << Retries{"", {}, 0, 1, ""};
+        QTest::newRow("fifth attempt answered") << Retries{"drop-next=4", {}, 0, 5, "Retry 4"};
         QTest::newRow("sixth attempt answered still asks")
-            << Retries{5, 0, 0, R{MsgResult::Cancel}, ErrorCode::CancelledByUser, 6, "Retry 5"};
-        QTest::newRow("OK, same display: fresh round") << Retries{6, 0, 0, R{MsgResult::OK}, 0, 8, "Retry 5"};
-        QTest::newRow("OK, another display")
-            << Retries{6, 0, 7, R{MsgResult::OK, MsgResult::OK}, ErrorCode::DifferentDisplay, 7, "Retry 5"};
+            << Retries{"drop-next=5", R{MsgResult::Cancel}, ErrorCode::CancelledByUser, 6, "Retry 5"};
+        QTest::newRow("OK, same display: fresh round") << Retries{"drop-next=6", R{MsgResult::OK}, 0, 8, "Retry 5"};
+        QTest::newRow("OK, another display") << Retries{"drop-next=6,new-id-from=7,new-id=1.2.3.4.5.6.7.8",
+                                                        R{MsgResult::OK, MsgResult::OK}, ErrorCode::DifferentDisplay, 7, "Retry 5"};
         // the ID request gets its own box; cancelled there, the ID is empty and the round starts again
         QTest::newRow("OK, no ID answer: round again")
-            << Retries{0, 1, 0, R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}, ErrorCode::CancelledByUser, 18, "Retry 5"};
+            << Retries{"silent-from=1", R{MsgResult::OK, MsgResult::Cancel, MsgResult::Cancel}, ErrorCode::CancelledByUser, 18, "Retry 5"};
     }
     void retries()
     {
         QFETCH(Retries, c);
-        const auto& [drop, silentFrom, newIdFrom, answers, error, requests, lastRetry] = c;
+        const auto& [faults, answers, error, requests, lastRetry] = c;
         SimRig r;
-        r.display.Faults().DropNext = drop;
-        r.display.Faults().SilentFromRequest = silentFrom;
-        r.display.Faults().ChangeIdFromRequest = newIdFrom;
-        r.display.Faults().NewId = kOtherId;
+        r.Fault(faults);
         r.t.dialogs.answers.append(answers);
         r.app().SetDisplayId(kId);
         QStringList lcRetryLines;
@@ -63,18 +60,14 @@ private slots:
         QCOMPARE(r.display.Stats().requests, requests);
         QCOMPARE(lcRetryLines.value(lcRetryLines.size() - 1), lastRetry);
         QCOMPARE(r.app().Status().SmallStatusString(), QString());
-        QCOMPARE(r.t.dialogs.boxes.size(), answers.size());
-        for (const FakeUserDialogs::Box& lcBox : r.t.dialogs.boxes) {
-            QCOMPARE(lcBox.title, QStringLiteral("Corvane Desktop"));
-            if (lcBox.buttons == MsgButtons::OKCancel)
-                QCOMPARE(lcBox.text, kBoxText);
-            else
-                QCOMPARE(lcBox.text, QStringLiteral("Different display detected, aborting"));
-        }
-        if (error == ErrorCode::DifferentDisplay)
+        QStringList lcBoxes(answers.size(), kRetryBox);
+        if (error == ErrorCode::DifferentDisplay) {
+            lcBoxes.last() = QStringLiteral("Corvane Desktop: Different display detected, aborting [OK None]");
             QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Different display detected, aborting"));
-        // a silent display costs a second an attempt
-        QVERIFY(r.clock->timeGetTime() >= quint32(1000 * qMin(drop + silentFrom * 18, 6)));
+        }
+        QCOMPARE(r.t.dialogs.Shown(true), lcBoxes);
+        // an unanswered attempt costs a second
+        QVERIFY(r.clock->timeGetTime() >= quint32(1000 * qMin(requests - 1, 6)));
     }
 
     void badAnswersAreFailedAttempts_data()
@@ -155,16 +148,19 @@ private slots:
         QTest::addColumn<IdCase>("c");
         const QByteArray lcId = QByteArray::fromHex("0C00220506070809");
         const QString lsReceived = QStringLiteral("Received ID from display");
-        QTest::newRow("eight numbers, eight points") << IdCase{lcId, false, 0, kId, lsReceived, 0, 1};
-        QTest::newRow("short answer gives zeros") << IdCase{QByteArray::fromHex("010203"), false, 0, "1.2.3.0.0.0.0.0.", lsReceived, 0, 1};
-        QTest::newRow("communication stopped") << IdCase{lcId, true, 0, "", "Getting ID from display", ErrorCode::CommunicationError, 0};
+        // 7 bytes out, 16 back (the ID holds a zero) at 5760 bytes a second: the answer is in after 4 ms
+        QTest::newRow("eight numbers, eight points") << IdCase{lcId, false, 0, kId, lsReceived, 0, 1, 4, 23};
+        QTest::newRow("short answer gives zeros")
+            << IdCase{QByteArray::fromHex("010203"), false, 0, "1.2.3.0.0.0.0.0.", lsReceived, 0, 1, 3, 17};
+        QTest::newRow("communication stopped")
+            << IdCase{lcId, true, 0, "", "Getting ID from display", ErrorCode::CommunicationError, 0, 0, 0};
         QTest::newRow("no answer, cancelled: logged")
-            << IdCase{lcId, false, 1, "", "Unable to get ID from display", ErrorCode::CancelledByUser, 6};
+            << IdCase{lcId, false, 1, "", "Unable to get ID from display", ErrorCode::CancelledByUser, 6, 6000, 42};
     }
     void getDallesId()
     {
         QFETCH(IdCase, c);
-        const auto& [id, stopped, silentFrom, text, status, error, requests] = c;
+        const auto& [id, stopped, silentFrom, text, status, error, requests, ms, bytes] = c;
         SimRig r;
         r.display.SetId(id);
         r.display.Faults().SilentFromRequest = silentFrom;
@@ -177,6 +173,8 @@ private slots:
         QCOMPARE(r.app().Status().StatusString(), status);
         QCOMPARE(r.display.Stats().requests, requests);
         QCOMPARE(r.t.LogLines().last() == QStringLiteral("ERROR Unable to get ID from display"), silentFrom != 0);
+        QCOMPARE(r.clock->timeGetTime(), ms);
+        QCOMPARE(r.port.BytesToDisplay() + r.port.BytesFromDisplay(), bytes);
     }
 
     void lowCurrent_data()
@@ -203,16 +201,6 @@ private slots:
         }
         QCOMPARE(lcSent, requests);
         QCOMPARE(r.display.LowCurrent(), !silent);
-    }
-
-    // 7 bytes out, 16 back (the ID holds a zero) at 5760 bytes a second: the answer is in after 4 ms.
-    void exchangeTakesItsWireTime()
-    {
-        SimRig r;
-        clsError lcError;
-        r.app().GetDallesID(lcError);
-        QCOMPARE(r.clock->timeGetTime(), quint32(4));
-        QCOMPARE(r.port.BytesToDisplay() + r.port.BytesFromDisplay(), qint64(23));
     }
 };
 

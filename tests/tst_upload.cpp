@@ -1,6 +1,5 @@
 // The page upload engine and the database and display-image uploads, against
-// the simulated display on the virtual clock, and seeded uploads to a display
-// that drops, garbles and delays its answers.
+// the simulated display on the virtual clock.
 
 #include "support/GoldenData.h"
 #include "support/SimRig.h"
@@ -10,10 +9,10 @@
 #include "upload/clsMCUUpgrade.h"
 
 #include <QTest>
-#include <random>
 
 namespace {
 const QString kWriteFailed = QStringLiteral("Unable to write to diplay, aborting upload");
+const QString kWriteFailedBox = QStringLiteral("Corvane Desktop: ") + kWriteFailed + QStringLiteral(" [OK Critical]");
 
 // Bytes that differ from their neighbours and are never 0 or 0xFF.
 QByteArray Pattern(int vlSize, int vlSeed = 0)
@@ -45,14 +44,6 @@ QString PutFile(SimRig& r, const QString& vsName, const QByteArray& vcData)
     return r.t.Home() + vsName;
 }
 
-QStringList BoxTexts(const SimRig& r)
-{
-    QStringList lcTexts;
-    for (const FakeUserDialogs::Box& lcBox : r.t.dialogs.boxes)
-        lcTexts << lcBox.text;
-    return lcTexts;
-}
-
 // One file through the engine from rlPage on; rlPage becomes the next free page.
 clsError Upload(SimRig& r, const QString& vsFile, qint32& rlPage, bool vbVerify = false)
 {
@@ -65,14 +56,22 @@ clsError Upload(SimRig& r, const QString& vsFile, qint32& rlPage, bool vbVerify 
     return lcError;
 }
 
-// The files of the given settings indices ticked and chosen, each vlSize bytes.
-void Tick(SimRig& r, const QList<UploadType>& vcTypes, int vlSize = 100)
+// The files of the given settings indices ticked, the others not; each index
+// has a file of vcSizes bytes (100 when ticked and not there), 0 none chosen,
+// -1 chosen but not there. The files written, by index.
+QMap<int, QByteArray> Tick(SimRig& r, const QList<int>& vcTicked, const QMap<int, int>& vcSizes = {})
 {
-    for (const UploadType lType : vcTypes) {
-        const QString lsPath = PutFile(r, QStringLiteral("f%1").arg(int(lType)), Pattern(vlSize, int(lType)));
-        r.app().Settings().SetLastFilenames(clsUpgradeFile::Of(lType).Index, lsPath);
-        r.app().UploadSelection().SetTicked(lType, true);
+    QMap<int, QByteArray> lcFiles;
+    for (const clsUpgradeFile::Row& lcRow : clsUpgradeFile::Table()) {
+        r.app().UploadSelection().SetTicked(lcRow.Type, vcTicked.contains(lcRow.Index));
+        const int llSize = vcSizes.value(lcRow.Index, vcTicked.contains(lcRow.Index) ? 100 : 0);
+        const QString lsPath = r.t.Home() + QStringLiteral("file.") + QString::fromLatin1(lcRow.Id);
+        if (llSize > 0)
+            WriteAll(lsPath, lcFiles[lcRow.Index] = Pattern(llSize, lcRow.Index));
+        if (llSize != 0)
+            r.app().Settings().SetLastFilenames(lcRow.Index, lsPath);
     }
+    return lcFiles;
 }
 
 clsError UploadTicked(SimRig& r, bool vbSoftware)
@@ -158,8 +157,7 @@ private slots:
         QFETCH(FailureCase, c);
         SimRig r;
         r.display.SetGeometry(1, 9, 10, 240);
-        QString lsError;
-        QVERIFY2(r.display.Faults().Parse(c.fault, lsError), qPrintable(lsError));
+        r.Fault(c.fault);
         if (c.fault == QLatin1String("silent-from=1"))
             r.t.dialogs.answers << MsgResult::Cancel;
         const QMap<QString, QByteArray> lcContents{{"data", Pattern(3000)}, {"zeros", QByteArray(600, '\0')}, {"empty", {}}};
@@ -176,11 +174,7 @@ private slots:
         QVERIFY(lbWriteFailed || llPage == 2);
         QVERIFY(!r.app().CommunicationIsRunning());
         QVERIFY(!r.app().Status().BigProgressBarInfo().Visible());
-        QCOMPARE(BoxTexts(r).contains(kWriteFailed), lbWriteFailed);
-        if (lbWriteFailed) {
-            QCOMPARE(r.t.dialogs.boxes.last().icon, MsgIcon::Critical);
-            QCOMPARE(r.t.dialogs.boxes.last().title, QStringLiteral("Corvane Desktop"));
-        }
+        QCOMPARE(r.t.dialogs.Shown(true).contains(kWriteFailedBox), lbWriteFailed);
         // a frame that cannot be built never reaches the line, not even in part
         for (const QByteArray& lcChunk : r.port.Written())
             QVERIFY(c.file != QLatin1String("zeros") || lcChunk.size() < 6 || quint8(lcChunk.at(5)) != 0x33);
@@ -204,8 +198,8 @@ private slots:
         r.t.dialogs.answers << answer;
         qint32 llPage = 1;
         QCOMPARE(Upload(r, PutFile(r, QStringLiteral("db.ssl"), Pattern(300)), llPage).Error(), lbYes ? 0 : 0x20000002);
-        QCOMPARE(BoxTexts(r).value(0), QStringLiteral("Display not empty do you whish to continue?"));
-        QCOMPARE(r.t.dialogs.boxes.value(0).buttons, MsgButtons::YesNo);
+        QCOMPARE(r.t.dialogs.Shown(true).value(0),
+                 QStringLiteral("Corvane Desktop: Display not empty do you whish to continue? [YesNo Question]"));
         QList<QByteArray> lcScanned;
         for (const clsSimDisplay::Request& lcRequest : r.display.Requests().mid(0, 5))
             if (lcRequest.func == 0x38)
@@ -258,7 +252,7 @@ private slots:
             << TickedCase{false, {1, 4}, {{1, 961}, {2, 65}, {4, 257}}, 0, {1, 4}};
         QTest::newRow("only USL") << TickedCase{false, {3}, {{3, 513}}, 0, {3}};
         QTest::newRow("missing UFL: nothing sent") << TickedCase{false, {1, 4}, {{1, 961}, {4, -1}}, 0x2000000A, {}};
-        QTest::newRow("no UFL chosen: nothing sent") << TickedCase{false, {1, 4}, {{1, 961}}, 0x20000009, {}};
+        QTest::newRow("no UFL chosen: nothing sent") << TickedCase{false, {1, 4}, {{1, 961}, {4, 0}}, 0x20000009, {}};
         QTest::newRow("images in the order CC, SA, SND")
             << TickedCase{true, {12, 10, 0}, {{0, 321}, {10, 577}, {12, 129}}, 0, {0, 10, 12}};
     }
@@ -267,16 +261,7 @@ private slots:
         QFETCH(TickedCase, c);
         SimRig r;
         r.display.SetGeometry(0, 20, 8, 64);
-        QMap<int, QByteArray> lcFiles;
-        for (const clsUpgradeFile::Row& lcRow : clsUpgradeFile::Table()) {
-            r.app().UploadSelection().SetTicked(lcRow.Type, c.ticked.contains(lcRow.Index));
-            const int llSize = c.sizes.value(lcRow.Index, 0);
-            const QString lsPath = r.t.Home() + QStringLiteral("file.") + QString::fromLatin1(lcRow.Id);
-            if (llSize > 0)
-                WriteAll(lsPath, lcFiles[lcRow.Index] = Pattern(llSize, lcRow.Index));
-            if (llSize != 0)
-                r.app().Settings().SetLastFilenames(lcRow.Index, lsPath);
-        }
+        QMap<int, QByteArray> lcFiles = Tick(r, c.ticked, c.sizes);
         clsError lcError = UploadTicked(r, c.software);
         QCOMPARE(lcError.Error(), c.error);
         if (c.error == 0x2000000A)
@@ -305,14 +290,12 @@ private slots:
         QFETCH(QString, lastStatus);
         SimRig r;
         r.display.SetGeometry(0, 20, 8, 64);
-        QString lsFault;
-        r.display.Faults().Parse(QStringLiteral("only-func=0x33,drop-next=1"), lsFault);
-        const std::vector<UploadType>& lcTypes = software ? clsUploadSelection::DisplayImages() : clsUploadSelection::Databases();
-        Tick(r, QList<UploadType>(lcTypes.begin(), lcTypes.end()));
+        r.Fault(QStringLiteral("only-func=0x33,drop-next=1"));
+        Tick(r, software ? QList<int>{0, 10, 12} : QList<int>{1, 2, 3, 4});
         QCOMPARE(UploadTicked(r, software).Error(), 0x20000001);
         QCOMPARE(Writes(r).size(), 1);
         QCOMPARE(r.app().Status().StatusString(), lastStatus);
-        QCOMPARE(BoxTexts(r), QStringList{kWriteFailed});
+        QCOMPARE(r.t.dialogs.Shown(true), QStringList{kWriteFailedBox});
     }
 
     // The cable pulled at each phase of a two-file upload: a clear error within
@@ -337,78 +320,14 @@ private slots:
         r.display.SetGeometry(0, 12, 8, 64);
         r.display.Faults().SilentFromRequest = silentFrom;
         r.t.dialogs.answers << MsgResult::Cancel;
-        Tick(r, {UploadType::SSL}, 300);
-        Tick(r, {UploadType::SFL}, 200);
+        const QMap<int, QByteArray> lcFiles = Tick(r, {1, 2}, {{1, 300}, {2, 200}});
         QCOMPARE(UploadTicked(r, false).Error(), error);
         QCOMPARE(r.display.Stats().requests - r.display.Stats().silent, silentFrom - 1);
         // the whole run, the waits for the silent display included
         QVERIFY2(r.clock->timeGetTime() < waitMs + 1000, qPrintable(QString::number(r.clock->timeGetTime())));
-        QCOMPARE(ReadAll(r.app().Settings().LastFilenames(1)), Pattern(300, int(UploadType::SSL)));
-        QCOMPARE(ReadAll(r.app().Settings().LastFilenames(2)), Pattern(200, int(UploadType::SFL)));
+        for (const int llIndex : {1, 2})
+            QCOMPARE(ReadAll(r.app().Settings().LastFilenames(qint16(llIndex))), lcFiles[llIndex]);
         QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    // Every seeded run either succeeds with the display's flash equal to the
-    // file (its deliberately lost last byte excepted) or stops with an error;
-    // a success whose flash differs is a silent corruption. The read-back is
-    // on. CORVANE_RELIABILITY_RUNS sets the number of runs (300 by default);
-    // the figures go to docs/reliability.md.
-    void seededUploadsUnderFaults_data()
-    {
-        QTest::addColumn<QString>("faults");
-        QTest::newRow("drop, corrupt, late at 1/100") << "drop=0.01,corrupt=0.01,late=0.01";
-        QTest::newRow("writes only: drop, corrupt, late at 2/100") << "only-func=0x33,drop=0.02,corrupt=0.02,late=0.02";
-    }
-    void seededUploadsUnderFaults()
-    {
-        QFETCH(QString, faults);
-        const int llRuns = qEnvironmentVariableIntValue("CORVANE_RELIABILITY_RUNS") > 0
-                               ? qEnvironmentVariableIntValue("CORVANE_RELIABILITY_RUNS") : 300;
-        int llComplete = 0, llWriteFailed = 0, llOtherStop = 0;
-        clsSimDisplay::Statistics lcInjected;
-        for (int llRun = 1; llRun <= llRuns; ++llRun) {
-            SimRig r;
-            // 12 database pages of 256 bytes, written in parts of 60 bytes
-            r.display.SetGeometry(0, 12, 8, 60);
-            std::mt19937 lcRandom{quint32(llRun)};
-            QByteArray lcFile;
-            const int llSize = 200 + int(lcRandom() % 1800);
-            for (int i = 0; i < llSize; ++i)
-                lcFile.append(char(lcRandom() % 4 == 0 ? 0 : lcRandom() & 0xFF));
-            r.app().Settings().SetLastFilenames(1, PutFile(r, QStringLiteral("db.ssl"), lcFile));
-            r.app().UploadSelection().SetTicked(UploadType::SSL, true);
-            r.app().SetVerifyUploads(true);
-            clsSimFaults lcFaults;
-            QString lsError;
-            QVERIFY(lcFaults.Parse(faults, lsError));
-            lcFaults.Seed = quint32(llRun);
-            r.display.SetFaults(lcFaults);
-            for (int i = 0; i < 8; ++i)
-                r.t.dialogs.answers << MsgResult::Cancel;
-            clsError lcError = UploadTicked(r, false);
-            const clsSimDisplay::Statistics& s = r.display.Stats();
-            lcInjected.dropped += s.dropped;
-            lcInjected.corrupted += s.corrupted;
-            lcInjected.late += s.late;
-            lcInjected.requests += s.requests;
-            if (lcError.IsError()) {
-                (BoxTexts(r).contains(kWriteFailed) ? llWriteFailed : llOtherStop)++;
-                QVERIFY2(!lcError.Description().startsWith(QLatin1String("Verify failed")), qPrintable(lcError.Description()));
-                continue;
-            }
-            ++llComplete;
-            // all but the last byte as in the file, the last one written or left erased, nothing after it
-            const QByteArray lcFlash = r.display.Flash().mid(256);
-            QCOMPARE(lcFlash.left(llSize - 1), lcFile.left(llSize - 1));
-            QVERIFY(lcFlash.at(llSize - 1) == lcFile.at(llSize - 1) || lcFlash.at(llSize - 1) == char(0xFF));
-            QCOMPARE(lcFlash.mid(llSize).count(char(0xFF)), lcFlash.size() - llSize);
-        }
-        qInfo("%s: %d runs, %d complete, %d stopped at a failed write, %d stopped otherwise, 0 silent corruptions; "
-              "%d requests, %d dropped, %d corrupted, %d late",
-              qPrintable(faults), llRuns, llComplete, llWriteFailed, llOtherStop, lcInjected.requests,
-              lcInjected.dropped, lcInjected.corrupted, lcInjected.late);
-        QVERIFY(llComplete > 0);
-        QVERIFY(llWriteFailed > 0);
     }
 };
 

@@ -59,6 +59,20 @@ public:
         return true;
     }
 
+    // Every box as "title: text", to compare all a test showed at once; with
+    // vbKind its buttons and icon follow: "title: text [YesNo Question]".
+    QStringList Shown(bool vbKind = false) const
+    {
+        static const char* const kButtons[] = {"OK", "OKCancel", "YesNo"};
+        static const char* const kIcons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
+        QStringList lcShown;
+        for (const Box& lcBox : boxes)
+            lcShown << lcBox.title + QStringLiteral(": ") + lcBox.text
+                           + (vbKind ? QStringLiteral(" [%1 %2]").arg(kButtons[int(lcBox.buttons)], kIcons[int(lcBox.icon)])
+                                     : QString());
+        return lcShown;
+    }
+
     QQueue<MsgResult> answers;
     // File names the dialogs return in order; empty queue means cancel.
     QQueue<QString> fileNames;

@@ -3,6 +3,7 @@
 #include "TestApp.h"
 #include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
+#include "sim/clsSimOptions.h"
 #include "sim/clsSimSerialPort.h"
 
 // An application on the virtual clock wired to a simulated display through
@@ -34,6 +35,20 @@ struct SimRig {
         });
     }
     clsApplication& app() { return *t.app; }
+
+    // Faults as the simulator's --fault takes them ("nak-lines=2,drop=0.01,seed=7"):
+    // the bootloader's to the bootloader, the rest to the display, whose random
+    // faults start again from the seed.
+    void Fault(const QString& vsFaults)
+    {
+        clsSimOptions lcOptions;
+        clsSimFaults lcFaults = display.Faults();
+        QString lsError;
+        QVERIFY2(lcOptions.Parse({QStringLiteral("sim"), QStringLiteral("--fault"), vsFaults}, lsError) &&
+                     lcOptions.ApplyFaults(lcFaults, bootloader, lsError),
+                 qPrintable(lsError));
+        display.SetFaults(lcFaults);
+    }
 
     // The function codes of the requests the display received, in order.
     QList<int> Funcs() const
