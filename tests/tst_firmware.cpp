@@ -147,25 +147,13 @@ private slots:
     void handshake()
     {
         QFETCH(HandshakeCase, c);
-        const QString &file = c.file, &fault = c.fault, &box = c.box;
-        const QList<int>& funcs = c.funcs;
+        const auto& [file, fault, box, funcs, error] = c;
         SimRig r;
-        if (fault != QLatin1String("header-only"))
-            r.Fault(fault);
-        QList<QByteArray> lcLines = Records(1);
-        if (file == QLatin1String("bad"))
-            lcLines[1] = "3A0G";
-        if (file == QLatin1String("empty"))
-            lcLines[1].clear();
-        if (fault == QLatin1String("header-only"))
-            lcLines.clear();
-        const bool lbBadLine = file == QLatin1String("bad") || file == QLatin1String("empty");
-        QString lsFile = PutFirmware(r, lbBadLine ? "MD x" : file.toLatin1(), lcLines);
-        if (file == QLatin1String("-"))
-            lsFile.clear();
-        else if (file == QLatin1String("?"))
-            QFile::remove(lsFile);
-        QCOMPARE(Download(r, lsFile).Error(), c.error);
+        r.Fault(fault);
+        QString lsFile = file == QLatin1String("-") ? QString() : r.t.Home() + QStringLiteral("fw.kvt_md");
+        if (file.size() > 1)
+            WriteAll(lsFile, file.toLatin1());
+        QCOMPARE(Download(r, lsFile).Error(), error);
         QCOMPARE(r.t.dialogs.Shown(), box.isEmpty() ? QStringList() : QStringList{QString(box).replace("%1", r.t.Home())});
         QCOMPARE(r.Funcs(), funcs);
         if (funcs.size() > 1) {

@@ -136,17 +136,12 @@ private slots:
         w.Show();
         QCOMPARE(w.window.windowTitle(), QStringLiteral("Corvane Desktop"));
         auto* lcTabs = w.Find<QTabWidget>(QStringLiteral("tbsSelect"));
-        QStringList lcCaptions, lcKeys, lcPages;
-        for (int i = 0; i < lcTabs->count(); ++i) {
-            lcCaptions << lcTabs->tabText(i);
-            lcKeys << w.window.TabKey(i);
-            lcPages << lcTabs->widget(i)->objectName();
-        }
-        QCOMPARE(lcCaptions, (QStringList{"Get Route Logging and PoliceCheck", "Update Display",
-                                          "Update Corvane Operating System", "Update SpotList"}));
-        QCOMPARE(lcKeys, (QStringList{"1A", "4A", "3A", "2A"}));
-        for (int i = 0; i < lcKeys.size(); ++i)
-            QCOMPARE(lcPages.at(i), QStringLiteral("pctShifting_") + lcKeys.at(i).left(1));
+        QStringList lcShown; // caption, key, page
+        for (int i = 0; i < lcTabs->count(); ++i)
+            lcShown << lcTabs->tabText(i) + QLatin1Char('|') + w.window.TabKey(i) + QLatin1Char('|')
+                           + lcTabs->widget(i)->objectName();
+        QCOMPARE(lcShown, (QStringList{"Get Route Logging and PoliceCheck|1A|pctShifting_1", "Update Display|4A|pctShifting_4",
+                                       "Update Corvane Operating System|3A|pctShifting_3", "Update SpotList|2A|pctShifting_2"}));
         QCOMPARE(lcTabs->currentIndex(), 0);
         QVERIFY(!w.Find<QWidget>(QStringLiteral("pctShifting_5"))->isVisible());
         QVERIFY(lcTabs->indexOf(w.Find<QWidget>(QStringLiteral("pctShifting_5"))) < 0);
@@ -270,7 +265,8 @@ private slots:
         w.Click(QStringLiteral("cmdInstallKVTMemoryDisplay"));
         QCoreApplication::processEvents();
         QCOMPARE(w.rig.t.dialogs.Shown(true),
-                 (QStringList{"Corvane Desktop: The Memory Display firmware is being updated.\r\nStop the update? [YesNo Question]",
+                 (QStringList{"Corvane Desktop: The Memory Display firmware is being updated.\r\n"
+                              "Stop the update? [YesNo Question]",
                               "Corvane Desktop: Firmware update stopped: the Memory Display stays in its bootloader until "
                               "the update is run again. [OK Exclamation]"}));
         const quint32 llStopped = closed ? 50000 : 200000;
@@ -372,7 +368,8 @@ private slots:
         w.rig.t.dialogs.answers.append(answers);
         w.Click(QStringLiteral("cmdExit"));
         QCOMPARE(w.rig.t.dialogs.Shown(true),
-                 QStringList(answers.size(), "Corvane Desktop: Information is not saved.\r\nAre you sure you want to quite? [YesNo Question]"));
+                 QStringList(answers.size(), "Corvane Desktop: Information is not saved.\r\n"
+                                             "Are you sure you want to quite? [YesNo Question]"));
         QCOMPARE(w.window.isVisible(), !closed);
         QCOMPARE(w.app().DataSaved(), closed);
         QCOMPARE(w.window.GridModel().rowCount(), llRows);

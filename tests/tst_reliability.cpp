@@ -80,7 +80,8 @@ private slots:
             (lcError.IsError() ? llStopped : llComplete)++;
             for (int llPage = 1; llPage <= 8; ++llPage) {
                 const QString lsFile = r.app().PageFileName(llPage);
-                if (QFile::exists(lsFile) ? PageFileBytes(lsFile) != r.display.Page(llPage) : !r.display.PageIsEmpty(llPage) && !lcError.IsError())
+                if (QFile::exists(lsFile) ? PageFileBytes(lsFile) != r.display.Page(llPage)
+                                          : !r.display.PageIsEmpty(llPage) && !lcError.IsError())
                     ++llSilent;
             }
             const QStringList lcWarnings = r.t.LogLines().filter(QStringLiteral("WARNING"));
