@@ -55,11 +55,6 @@ QString Text(clsHalvexRecord& r, const QString& vsColumn)
     return lcOthers.value(vsColumn, QStringLiteral("no column ") + vsColumn);
 }
 
-QByteArray Hex(const clsSimRecordEncoder::Bytes& vcBytes)
-{
-    return QByteArray(reinterpret_cast<const char*>(vcBytes.data()), int(vcBytes.size())).toHex(' ');
-}
-
 qint64 Field31(const QByteArray& vcRecord, int vlOffset)
 {
     return qint64(quint8(vcRecord[vlOffset]) | (quint8(vcRecord[vlOffset + 1]) << 8) |
@@ -149,11 +144,9 @@ private slots:
     void placeColumnsCacheTheLookup()
     {
         QTemporaryDir lcDir;
-        QFile lcFile(lcDir.filePath(QStringLiteral("postcode.gps")));
-        QVERIFY(lcFile.open(QIODevice::WriteOnly));
-        lcFile.write(QByteArray::number(kLon0453 + 100) + ';' + QByteArray::number(kLat5221) + ";3511 Utrecht\r\n");
-        lcFile.close();
-        clsGpsPlaces lcPlaces(lcFile.fileName(), nullptr);
+        const QString lsTable = lcDir.filePath(QStringLiteral("postcode.gps"));
+        WriteAll(lsTable, QByteArray::number(kLon0453 + 100) + ';' + QByteArray::number(kLat5221) + ";3511 Utrecht\r\n");
+        clsGpsPlaces lcPlaces(lsTable, nullptr);
 
         clsHalvexRecord::UsePlaces(&lcPlaces);
         clsHalvexRecord r = Decode(Fix(2));
@@ -190,14 +183,11 @@ private slots:
         clsHalvexRecord lcTrip = Decode(lcTripBytes);
         lcTank.copyToTankstopRecord(lcTrip);
         QCOMPARE(lcTank.ValidGps(), true);
-        QCOMPARE(lcTank.DateOfTrip(), QStringLiteral("5-3-2007"));
-        QCOMPARE(lcTank.Direction(), QStringLiteral("40"));
-        QCOMPARE(lcTank.mlStartLatitude, kLat5221);
-        QCOMPARE(lcTank.mlStartLongitude, kLon0453);
-        QCOMPARE(lcTank.lEndLatitude(), kLat5221);
-        QCOMPARE(lcTank.TypeOfTrip(), QStringLiteral("Private"));
-        QCOMPARE(lcTank.TypeOfAlarm(), QStringLiteral("tankstop"));
-        QCOMPARE(lcTank.TankBonNummer(), QStringLiteral("99"));
+        QCOMPARE((QList<qint32>{lcTank.mlStartLatitude, lcTank.mlStartLongitude, lcTank.lEndLatitude()}),
+                 (QList<qint32>{kLat5221, kLon0453, kLat5221}));
+        QCOMPARE((QStringList{lcTank.DateOfTrip(), lcTank.Direction(), lcTank.TypeOfTrip(), lcTank.TypeOfAlarm(),
+                              lcTank.TankBonNummer()}),
+                 (QStringList{"5-3-2007", "40", "Private", "tankstop", "99"}));
     }
     void encode_data()
     {
@@ -215,7 +205,8 @@ private slots:
             QVERIFY2(kFieldSetters.contains(lsField.section(QLatin1Char('='), 0, 0)), qPrintable(lsField));
             kFieldSetters[lsField.section(QLatin1Char('='), 0, 0)](lcFields, lsField.section(QLatin1Char('='), 1));
         }
-        QCOMPARE(Hex(clsSimRecordEncoder::Encode(lcFields)), expected);
+        const clsSimRecordEncoder::Bytes lcBytes = clsSimRecordEncoder::Encode(lcFields);
+        QCOMPARE(QByteArray(reinterpret_cast<const char*>(lcBytes.data()), int(lcBytes.size())).toHex(' '), expected);
     }
     void writeLogFillsPagesAfterTheFirst()
     {

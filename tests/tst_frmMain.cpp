@@ -5,7 +5,6 @@
 
 #include "GoldenData.h"
 #include "SimRig.h"
-#include "TestFiles.h"
 #include "app/clsSettings.h"
 #include "sim/clsSimDataGenerator.h"
 #include "sim/clsSimSamples.h"
@@ -73,10 +72,6 @@ struct WindowRig {
     }
     // Whether any of them was on, at each sample while an operation ran.
     QList<bool> during;
-    QString StatusLine() const
-    {
-        return window.findChild<QLabel*>(QStringLiteral("lblStatusLine"))->text().left(90).trimmed();
-    }
 };
 
 // A progress bar's text is its percentage, no caption.
@@ -173,7 +168,8 @@ private slots:
         w.Click(c.control);
         QVERIFY(!w.during.isEmpty() && !w.during.contains(true));
         QVERIFY(!w.Enabled().contains(false));
-        QVERIFY2(c.status.isEmpty() || w.StatusLine().startsWith(c.status), qPrintable(w.StatusLine()));
+        const QString lsStatus = w.Find<QLabel>(QStringLiteral("lblStatusLine"))->text();
+        QVERIFY2(c.status.isEmpty() || lsStatus.startsWith(c.status), qPrintable(lsStatus));
         QVERIFY(!w.app().CommunicationIsRunning());
     }
     void uploadPages_data()

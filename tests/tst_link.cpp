@@ -2,7 +2,6 @@
 // simulated display on the virtual clock.
 
 #include "support/SimRig.h"
-#include "app/clsLogger.h"
 #include "link/clsHalvexMsg.h"
 
 #include <QElapsedTimer>

@@ -160,8 +160,7 @@ private slots:
         SimRig r;
         clsApplication& lcApp = r.app();
         clsError lcError;
-        const QString lsId = lcApp.GetDallesID(lcError);
-        QVERIFY(!lsId.isEmpty());
+        lcApp.GetDallesID(lcError);
         const clsOutcome lcOutcome = lcApp.RunOperation([&](clsError&) {
             clsRawPortSession lcRaw(lcApp);
             // Settings applied meanwhile must not give the port back to the codec.
@@ -188,7 +187,7 @@ private slots:
                 Err::Raise(VbError::Overflow);
         });
         QCOMPARE(lcOutcome.IsError(), throws);
-        QCOMPARE(lcApp.GetDallesID(lcError), lsId);
+        QCOMPARE(lcApp.GetDallesID(lcError), QStringLiteral("12.0.34.5.6.7.8.9."));
         QVERIFY(!lcError.IsError());
         QCOMPARE(lcApp.MessageBrooker().ReceiveFunc(), quint8(0xCE));
     }
