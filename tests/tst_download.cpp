@@ -21,14 +21,6 @@ QByteArray Pattern(int vlPage, int vlSize)
         lcData[i] = char((i * 7 + vlPage) & 0xFF);
     return lcData;
 }
-
-QList<int> Numbers(const QString& vsList)
-{
-    QList<int> lcNumbers;
-    for (const QString& lsNumber : vsList.split(QLatin1Char(','), Qt::SkipEmptyParts))
-        lcNumbers << lsNumber.toInt();
-    return lcNumbers;
-}
 }
 
 class tst_Download : public QObject
@@ -90,26 +82,17 @@ private slots:
             if (files.contains(llPage))
                 lcFiles[llPage] = Pattern(llPage, 1 << geometry[2]);
         }
-        for (const QString& lsStep : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
-            const QStringList w = lsStep.split(QLatin1Char(' '));
-            if (w[0] == QLatin1String("state"))
-                r.display.Faults().PageState[w[1].toInt()] = w[2].toInt();
-            else if (w[0] == QLatin1String("nodata")) {
-                r.display.Faults().ReadStatusOfPart[w[1].toInt() * 65536 + w[2].toInt()] = 0;
-                lcFiles[w[1].toInt()].remove(w[2].toInt(), geometry[3]);
-            } else if (w[0] == QLatin1String("silent"))
-                r.display.Faults().SilentFromRequest = w[1].toInt();
-            else if (w[0] == QLatin1String("id"))
-                r.display.SetId(QByteArray::fromHex(w[1].toLatin1()));
-            else if (w[0] == QLatin1String("size"))
-                r.display.Faults().ReportedSizeOnePage = w[1].toInt();
-            else if (w[0] == QLatin1String("mkdir"))
-                QVERIFY(QDir().mkpath(r.app().PageFileName(w[1].toInt())));
-            else if (w[0] == QLatin1String("cancel"))
-                r.t.dialogs.answers << MsgResult::Cancel;
-            else
-                QFAIL(qPrintable(lsStep));
-        }
+        RunSteps(steps, {{"state", [&](const QString& a) { r.display.Faults().PageState[Numbers(a)[0]] = Numbers(a)[1]; }},
+                         {"nodata", [&](const QString& a) {
+                              const QList<int> lcPart = Numbers(a);
+                              r.display.Faults().ReadStatusOfPart[lcPart[0] * 65536 + lcPart[1]] = 0;
+                              lcFiles[lcPart[0]].remove(lcPart[1], geometry[3]);
+                          }},
+                         {"silent", [&](const QString& a) { r.display.Faults().SilentFromRequest = a.toInt(); }},
+                         {"id", [&](const QString& a) { r.display.SetId(QByteArray::fromHex(a.toLatin1())); }},
+                         {"size", [&](const QString& a) { r.display.Faults().ReportedSizeOnePage = a.toInt(); }},
+                         {"mkdir", [&](const QString& a) { QVERIFY(QDir().mkpath(r.app().PageFileName(a.toInt()))); }},
+                         {"cancel", [&](const QString&) { r.t.dialogs.answers << MsgResult::Cancel; }}});
         clsError lcError;
         QString lsError;
         try {
