@@ -50,8 +50,8 @@ private slots:
         lcLogger.AddErrorToLog(QStringLiteral("Erase not succesfull"));
         lcLogger.AddToLog(QStringLiteral("raw text"), true);
         QCOMPARE(Lines(), QStringList({"2026/11/02-09:05:07 - ID found 1.2.3.4.5.6.7.8.",
-                                                          "2026/11/02-09:06:08 - WARNING bad checksum",
-                                                          "2026/11/03-00:06:08 - ERROR Erase not succesfull", "raw text", ""}));
+                                       "2026/11/02-09:06:08 - WARNING bad checksum",
+                                       "2026/11/03-00:06:08 - ERROR Erase not succesfull", "raw text", ""}));
     }
 
     void twoRunsAreSeparatedByOneEmptyLine()
@@ -100,21 +100,29 @@ private slots:
         QCOMPARE(lcBox.icon, MsgIcon::Question);
     }
 
-    // Without a file: port 1, no names, and nothing written before the end.
+    // Without a file: port 1, no names, and nothing written before the end. Each
+    // name is written to its own key and read back from it.
     void defaultsAndEveryKeyButTxtWritten()
     {
         clsSettings lcSettings(Dir());
         lcSettings.Init();
         QCOMPARE(lcSettings.comPort(), 1);
-        for (qint16 i : {0, 1, 2, 3, 4, 6, 10, 11, 12})
+        const QList<qint16> lcWritten = {0, 1, 2, 3, 4, 10, 11, 12};
+        for (qint16 i : lcWritten + QList<qint16>{6})
             QVERIFY(lcSettings.LastFilenames(i).isEmpty());
         QVERIFY(!QFile::exists(Ini()));
         lcSettings.SetcomPort(4);
-        lcSettings.SetLastFilenames(1, QStringLiteral("C:\\db\\spot.ssl"));
+        for (qint16 i : lcWritten)
+            lcSettings.SetLastFilenames(i, QStringLiteral("C:\\db\\%1.ssl").arg(i));
         lcSettings.SetLastTXTFilename(QStringLiteral("C:\\new.txt"));
         lcSettings.DeInit();
-        QCOMPARE(ReadAll(Ini()), QByteArray("[Common]\r\nCom=4\r\nKVT=\r\nUFL=\r\nUSL=\r\nSFL=\r\nSSL=C:\\db\\spot.ssl\r\n"
-                                            "KVT_SA=\r\nKVT_MD=\r\nKVT_SND=\r\n"));
+        QCOMPARE(ReadAll(Ini()), QByteArray("[Common]\r\nCom=4\r\nKVT=C:\\db\\0.ssl\r\nUFL=C:\\db\\4.ssl\r\nUSL=C:\\db\\3.ssl\r\n"
+                                            "SFL=C:\\db\\2.ssl\r\nSSL=C:\\db\\1.ssl\r\nKVT_SA=C:\\db\\10.ssl\r\n"
+                                            "KVT_MD=C:\\db\\11.ssl\r\nKVT_SND=C:\\db\\12.ssl\r\n"));
+        clsSettings lcAgain(Dir());
+        lcAgain.Init();
+        for (qint16 i : lcWritten)
+            QCOMPARE(lcAgain.LastFilenames(i), QStringLiteral("C:\\db\\%1.ssl").arg(i));
         try {
             lcSettings.SetLastFilenames(13, QStringLiteral("x"));
             QFAIL("expected a run-time error");
