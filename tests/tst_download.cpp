@@ -9,7 +9,6 @@
 #include "platform/Err.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 
 namespace {
@@ -43,14 +42,8 @@ private slots:
         r.app().DownloadPages(lcError);
         QVERIFY(!lcError.IsError());
         QCOMPARE(r.Trace(), QStringLiteral("CE 36 38:01 34:0100003C 34:01003C3C 34:0100783C 34:0100B43C 34:0100F010 38:02"));
-        QFile lcFile(r.t.Home() + QStringLiteral("Page1.DSW"));
-        QVERIFY(lcFile.open(QIODevice::ReadOnly));
-        const QByteArray lcText = lcFile.readAll();
-        QCOMPARE(lcText.count("\r\n"), 256);
-        QVERIFY(lcText.startsWith("1\r\n8\r\n15\r\n"));
-        QCOMPARE(PageFileBytes(lcFile.fileName()), Pattern(1, 256));
-        QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page0.DSW")));
-        QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page2.DSW")));
+        QCOMPARE(QDir(r.t.Home()).entryList({QStringLiteral("Page*.DSW")}), QStringList{"Page1.DSW"});
+        QCOMPARE(ReadAll(r.t.Home() + QStringLiteral("Page1.DSW")), PageFileText(Pattern(1, 256)));
         QCOMPARE(r.t.LogLines().mid(2), (QStringList{"ID found 12.0.34.5.6.7.8.9.", "First page found on 0",
                                                       "Last page found on 2", "Size of one page is 8",
                                                       "Starting to download page 1", "Finished downloading page 1"}));
