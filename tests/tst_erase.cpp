@@ -7,7 +7,9 @@
 #include <QTest>
 
 namespace {
-struct OsCase { QByteArray start; QList<MsgResult> answers; int error; bool erased; QString trace; };
+struct OsCase {
+    QByteArray start; QList<MsgResult> answers; int error; bool erased; QString trace; QMap<qint32, int> readStatus = {};
+};
 struct ClearCase { bool saved; QList<MsgResult> answers; bool silent; QString lastText, lastTitle; };
 }
 
@@ -59,14 +61,17 @@ private slots:
         QTest::newRow("image, keep it") << OsCase{"KVT", {MsgResult::No}, ErrorCode::OperatingSystemDetected, false, lsRead};
         QTest::newRow("image, clear it") << OsCase{"KVT", {MsgResult::Yes}, ErrorCode::OperatingSystemDetected, true,
                                                    lsRead + " CE B:0000 B:0100 36 38:05 35:05 38:06"};
+        // an answer without data is taken as it is, not asked again
+        QTest::newRow("read without data") << OsCase{"KVT", {}, 0, false, lsRead, {{5 * 65536, 0}}};
     }
     void operatingSystemCheck()
     {
         QFETCH(OsCase, c);
-        const auto& [start, answers, error, erased, trace] = c;
+        const auto& [start, answers, error, erased, trace, readStatus] = c;
         SimRig r;
         r.display.SetGeometry(4, 6, 8, 64);
         r.display.SetPage(5, start);
+        r.display.Faults().ReadStatusOfPart = readStatus;
         r.t.dialogs.answers.append(answers);
         clsError lcError;
         r.app().CheckForOperatingSystem(lcError);
