@@ -76,7 +76,7 @@ private slots:
     // the place text is the rest of the line in Windows-1252, separators and all.
     void lineIsSplitAtTheFirstTwoSeparators()
     {
-        const QByteArray lcContent = "  10abc;x;text;with;semis\r\n2.5;0.35e1;Li\xE8ge \x80\r\n";
+        const QByteArray lcContent = "  10abc;x;text;with;semis\r\n25d-1;0.35E1;Li\xE8ge \x80\r\n";
         clsGpsPlaces* lcPlaces = Load(&lcContent);
         QCOMPARE(lcPlaces->Count(), 2);
         QCOMPARE(lcPlaces->Place(0).mlLongitude, 10);
