@@ -132,9 +132,9 @@ private slots:
     void kmRescaling()
     {
         TestApp a;
-        WriteAll(a.Home() + QStringLiteral("Page1.DSW"), PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
-                                                                   Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0),
-                                                                   Record(2, 1400)}));
+        WriteAll(a.Home() + QStringLiteral("Page1.DSW"),
+                 PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
+                           Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0), Record(2, 1400)}));
         clsError lcError;
         a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
         QVERIFY(!lcError.IsError());

@@ -22,7 +22,8 @@ private slots:
         clsCliOptions o;
         const clsCliOptions::Outcome lcOutcome = o.Parse(row[1].split(QLatin1Char(' '), Qt::SkipEmptyParts));
         if (lcOutcome != clsCliOptions::Outcome::Run) {
-            QCOMPARE((QStringList{"", "help: " + o.HelpText().section('\n', 0, 0), "version", "bad: " + o.UsageError()}.at(int(lcOutcome))), row[2]);
+            const QStringList lcOutcomes{"", "help: " + o.HelpText().section('\n', 0, 0), "version", "bad: " + o.UsageError()};
+            QCOMPARE(lcOutcomes.at(int(lcOutcome)), row[2]);
             return;
         }
         const clsRecordSelection& s = o.mcSelection;
@@ -36,14 +37,14 @@ private slots:
         for (const auto& lcFile : o.mcUploadFiles)
             lcUploads << QLatin1String(clsUpgradeFile::Of(lcFile.first).Id) + QLatin1Char(':') + lcFile.second;
         const clsFlashMemInfo& g = o.mcGeometry;
+        const QString lsGeometry = QStringLiteral("%1,%2,%3").arg(g.FirstPage()).arg(g.LastPage()).arg(g.SizeOnePage());
         const auto Flag = [](bool vbSet, const char* vsName) { return vbSet ? QLatin1String(vsName) : QLatin1String(""); };
         QCOMPARE(QStringList({clsCliOptions::CommandName(o.mCommand), o.msOutput, o.ExportFormat(), o.msPort,
                               Flag(o.mbPrint, "print"), QStringList{"ask", "yes", "no"}.at(int(o.mAnswer)),
                               QString::number(o.mlReconnects), Flag(o.mbSimulate, "simulate"), Flag(o.mbVerbose, "verbose"),
                               Flag(o.mbQuiet, "quiet"), lcKinds.join(QLatin1Char(',')),
-                              o.mbGeometryGiven ? QStringLiteral("%1,%2,%3").arg(g.FirstPage()).arg(g.LastPage()).arg(g.SizeOnePage())
-                                                : QString(),
-                              o.msDecodeDirectory, o.msHome, o.msPlaces, lcUploads.join(QLatin1Char(',')), Flag(o.mbVerify, "verify")})
+                              o.mbGeometryGiven ? lsGeometry : QString(), o.msDecodeDirectory, o.msHome, o.msPlaces,
+                              lcUploads.join(QLatin1Char(',')), Flag(o.mbVerify, "verify")})
                      .join(QLatin1Char(';')),
                  row[2]);
     }

@@ -53,9 +53,9 @@ inline void LoadSet(TestApp& rcApp, const QString& vsSet, const QByteArray& vcTa
     if (!vcTable.isEmpty())
         WriteAll(rcApp.Home() + QStringLiteral("postcode.gps"), vcTable);
     rcApp.app->Init();
-    const QList<QByteArray> n = ReadAll(lcSet.filePath(QStringLiteral("geometry.txt"))).simplified().split(' ');
-    QCOMPARE(n.size(), 3);
+    const QList<QByteArray> lcNumbers = ReadAll(lcSet.filePath(QStringLiteral("geometry.txt"))).simplified().split(' ');
+    QCOMPARE(lcNumbers.size(), 3);
     clsError lcError;
-    rcApp.app->DecodeAndProcess(lcError, Geometry(n[0].toInt(), n[1].toInt(), n[2].toInt()));
+    rcApp.app->DecodeAndProcess(lcError, Geometry(lcNumbers[0].toInt(), lcNumbers[1].toInt(), lcNumbers[2].toInt()));
     QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
 }
