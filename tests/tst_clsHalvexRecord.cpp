@@ -113,9 +113,8 @@ private slots:
         QFETCH(int, mode);
         QFETCH(qint32, value);
         QFETCH(QString, expected);
-        const QString lsText = latitude ? clsHalvexRecord::Latitude_to_String(qint16(mode), value)
-                                        : clsHalvexRecord::Longitude_to_String(qint16(mode), value);
-        QCOMPARE(lsText, expected);
+        QCOMPARE(latitude ? clsHalvexRecord::Latitude_to_String(qint16(mode), value)
+                          : clsHalvexRecord::Longitude_to_String(qint16(mode), value), expected);
     }
     // The display flags fields with bit 31; reading takes the flag off for good.
     void bit31IsClearedInPlaceOnRead()

@@ -28,7 +28,7 @@ QList<QByteArray> Records(int vlData)
 QString PutFirmware(SimRig& r, const QByteArray& vcHeader, const QList<QByteArray>& vcLines)
 {
     const QString lsPath = r.t.Home() + QStringLiteral("fw.kvt_md");
-    WriteAll(lsPath, vcHeader + "\r\n" + (vcLines.isEmpty() ? QByteArray() : vcLines.join("\r\n") + "\r\n"));
+    WriteAll(lsPath, vcHeader + "\r\n" + vcLines.join("\r\n") + "\r\n");
     return lsPath;
 }
 
