@@ -4,7 +4,7 @@
 
 #include "TestFiles.h"
 #include "link/clsHalvexMsg.h"
-#include "platform/VirtualClock.h"
+#include "platform/Cp1252.h"
 #include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimOptions.h"
@@ -17,17 +17,13 @@ namespace {
 QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments = QByteArray())
 {
     QByteArray lcFrame;
-    VirtualClock lcClock;
-    clsHalvexMsg lcMessage(&lcClock, [&lcFrame](const QByteArray& vcBytes) {
+    clsHalvexMsg lcMessage(nullptr, [&lcFrame](const QByteArray& vcBytes) {
         lcFrame = vcBytes;
         return true;
     });
     lcMessage.SetDeviceAddress(0x66);
     lcMessage.SetHostAddress(0x01);
-    QString lsText;
-    for (const char lcByte : vcArguments)
-        lsText += clsHalvexMsg::ByteToHexArgument(quint8(lcByte)) + QLatin1Char(',');
-    lcMessage.Send(vbyFunc, lsText);
+    lcMessage.Send(vbyFunc, clsHalvexMsg::StringToArgumentList(Cp1252::Decode(vcArguments)));
     return lcFrame;
 }
 
