@@ -46,6 +46,7 @@ private slots:
         QTest::addColumn<Answered>("c");
         const auto F = [](quint8 vbyFunc, const char* vsArguments) { return clsSimDisplay::Frame(0x01, 0x66, vbyFunc, Hex(vsArguments)); };
         QTest::newRow("read") << Answered{"", Request(0x34, Hex("01 00 02 03")), F(0x34, "01 12 00 FF")};
+        QTest::newRow("read up to the page end") << Answered{"", Request(0x34, Hex("01 00 0D 03")), F(0x34, "01 FF FF FF")};
         QTest::newRow("read past the page end") << Answered{"", Request(0x34, Hex("01 00 0E 03")), F(0x34, "00")};
         QTest::newRow("just connected") << Answered{"", Request(0xD0), F(0xD0, "01")};
         QTest::newRow("firmware download start") << Answered{"", Request(0xD9), F(0xD9, "01")};
@@ -70,17 +71,17 @@ private slots:
         QCOMPARE(lcDisplay.InBootloader(), answer == clsSimDisplay::Frame(0x01, 0x66, 0xD9, Hex("01")));
     }
 
-    // Writes and the plugged-in flag; erase, reads, low current and the screen
+    // Writes up to the page end and the plugged-in flag; erase, reads, low current and the screen
     // are met by the download, erase and greeting tests.
     void stateChanges()
     {
         clsSimDisplay lcDisplay;
         lcDisplay.SetGeometry(0, 3, 4, 16);
-        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 AA 00 BB")));
-        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff aa 00 bb ff ff ff ff ff ff ff ff ff"));
+        Answer(lcDisplay, Request(0x33, Hex("02 00 0D 03 AA 00 BB")));
+        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff ff ff ff ff ff ff ff ff ff aa 00 bb"));
         // Written again without an erase: only the bits that both writes cleared stay cleared.
-        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 0F F0 CC")));
-        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
+        Answer(lcDisplay, Request(0x33, Hex("02 00 0D 03 0F F0 CC")));
+        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff ff ff ff ff ff ff ff ff ff 0a 00 88"));
         lcDisplay.SetJustConnected(true);
         Answer(lcDisplay, Request(0xD0));
         QCOMPARE(Answer(lcDisplay, Request(0xD0)), clsSimDisplay::Frame(1, 0x66, 0xD0, Hex("00")));
