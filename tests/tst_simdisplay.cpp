@@ -71,17 +71,17 @@ private slots:
         QCOMPARE(lcDisplay.InBootloader(), answer == clsSimDisplay::Frame(0x01, 0x66, 0xD9, Hex("01")));
     }
 
-    // Writes up to the page end and the plugged-in flag; erase, reads, low current and the screen
+    // Writes and the plugged-in flag; erase, reads, low current and the screen
     // are met by the download, erase and greeting tests.
     void stateChanges()
     {
         clsSimDisplay lcDisplay;
         lcDisplay.SetGeometry(0, 3, 4, 16);
-        Answer(lcDisplay, Request(0x33, Hex("02 00 0D 03 AA 00 BB")));
-        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff ff ff ff ff ff ff ff ff ff aa 00 bb"));
-        // Written again without an erase: only the bits that both writes cleared stay cleared.
-        Answer(lcDisplay, Request(0x33, Hex("02 00 0D 03 0F F0 CC")));
-        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff ff ff ff ff ff ff ff ff ff 0a 00 88"));
+        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 AA 00 BB")));
+        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff aa 00 bb ff ff ff ff ff ff ff ff ff"));
+        // Written again to the page end without an erase: only the bits that both writes cleared stay cleared.
+        Answer(lcDisplay, Request(0x33, Hex("02 00 04 0C 0F F0 CC FF FF FF FF FF FF FF FF FF")));
+        QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
         lcDisplay.SetJustConnected(true);
         Answer(lcDisplay, Request(0xD0));
         QCOMPARE(Answer(lcDisplay, Request(0xD0)), clsSimDisplay::Frame(1, 0x66, 0xD0, Hex("00")));
