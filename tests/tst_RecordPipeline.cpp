@@ -3,11 +3,9 @@
 
 #include "support/GoldenData.h"
 #include "support/PageFile.h"
-#include "support/TestFiles.h"
 #include "support/SimRig.h"
 #include "platform/Err.h"
 #include "sim/clsSimDataGenerator.h"
-#include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 
@@ -17,29 +15,13 @@
 namespace {
 using Bytes = clsHalvexRecord::Bytes;
 
-clsFlashMemInfo Geometry(int vlFirst, int vlLast, int vlSizeLog2)
-{
-    clsFlashMemInfo lcInfo;
-    lcInfo.SetFirstPage(vlFirst);
-    lcInfo.SetLastPage(vlLast);
-    lcInfo.SetSizeOnePage(vlSizeLog2);
-    lcInfo.SetMaxDataOneMessage(64);
-    return lcInfo;
-}
-
-// A 256-byte page file holding the records, the rest erased.
-QByteArray PageText(const QVector<Bytes>& vcRecords)
+// A page file of vlSize bytes holding the records, the rest erased.
+QByteArray PageText(const QVector<Bytes>& vcRecords, int vlSize = 256)
 {
     QByteArray lcPage(256, char(0xFF));
     for (int i = 0; i < vcRecords.size(); ++i)
         std::copy(vcRecords[i].begin(), vcRecords[i].end(), lcPage.begin() + i * 24);
-    return PageFileText(lcPage);
-}
-
-void WritePage(TestApp& rcApp, int vlPage, const QByteArray& vcText)
-{
-    QFile lcFile(rcApp.Home() + QStringLiteral("Page%1.DSW").arg(vlPage));
-    QVERIFY(lcFile.open(QIODevice::WriteOnly) && lcFile.write(vcText) == vcText.size());
+    return PageFileText(lcPage.left(vlSize));
 }
 
 // A trip, route point, tank stop or km correction with a fix, an end km and
@@ -150,8 +132,9 @@ private slots:
     void kmRescaling()
     {
         TestApp a;
-        WritePage(a, 1, PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
-                                  Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0), Record(2, 1400)}));
+        WriteAll(a.Home() + QStringLiteral("Page1.DSW"),
+                 PageText({Record(2, 1000), Record(2, 1100), Record(6, 1201), Record(2, 1200), Record(2, 11000),
+                           Record(8, 1100, 1200), Record(2, 1150), Record(8, 1300, 0), Record(2, 1400)}));
         clsError lcError;
         a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
         QVERIFY(!lcError.IsError());
@@ -165,15 +148,33 @@ private slots:
         QCOMPARE(lcStart, (QVector<qint32>{0, 1000, 0, 1050, 1100, 1100, 1100, 1300, 1300}));
     }
 
-    void emptyDisplay()
+    // No page files, or pages smaller than one record (1 and 16 bytes, which a
+    // display may report): no record, and the page files are read all the same.
+    // The bar's maximum is the page size over 24, rounded.
+    void noRecords_data()
     {
+        QTest::addColumn<int>("lastPage");
+        QTest::addColumn<int>("sizeLog2");
+        QTest::addColumn<int>("barMax");
+        QTest::newRow("no page files") << 10 << 8 << 11;
+        QTest::newRow("pages of one byte") << 1 << 0 << 0;
+        QTest::newRow("pages of 16 bytes") << 1 << 4 << 1;
+    }
+    void noRecords()
+    {
+        QFETCH(int, lastPage);
+        QFETCH(int, sizeLog2);
+        QFETCH(int, barMax);
         TestApp a;
+        if (lastPage == 1)
+            WriteAll(a.Home() + QStringLiteral("Page1.DSW"), PageText({Record(2, 500)}, 1 << sizeLog2));
         clsError lcError;
-        a.app->DecodeDataFromFiles(lcError, Geometry(0, 10, 8));
-        QCOMPARE(a.app->Status().SmallProgressBarInfo().Max(), 11);
-        a.app->DecodeAndProcess(lcError, Geometry(0, 10, 8));
-        QVERIFY(!lcError.IsError());
+        a.app->DecodeDataFromFiles(lcError, Geometry(0, lastPage, sizeLog2));
+        QCOMPARE(a.app->Status().SmallProgressBarInfo().Max(), barMax);
+        a.app->DecodeAndProcess(lcError, Geometry(0, lastPage, sizeLog2));
+        QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
         QCOMPARE(a.app->Records().Count(), 0);
+        QVERIFY(PageFiles(a).isEmpty());
         QCOMPARE(a.app->DataSaved(), true);
         QCOMPARE(a.window.LastStatus(), Copied(0));
     }
@@ -196,8 +197,8 @@ private slots:
         QFETCH(QString, description);
         QFETCH(int, records);
         TestApp a;
-        WritePage(a, 1, PageText({Record(2, 400)}));
-        WritePage(a, 2, page2);
+        WriteAll(a.Home() + QStringLiteral("Page1.DSW"), PageText({Record(2, 400)}));
+        WriteAll(a.Home() + QStringLiteral("Page2.DSW"), page2);
         clsError lcError;
         a.app->DecodeAndProcess(lcError, Geometry(0, 3, 8));
         const QString lsFile = QDir::toNativeSeparators(a.Home() + QStringLiteral("Page2.DSW"));
@@ -220,7 +221,7 @@ private slots:
         a.app->Init();
         Bytes lcRoute = Record(6, 100);
         lcRoute[13] = 0x10; // longitude 268435457, 2268435457 from the table's value
-        WritePage(a, 1, PageText({lcRoute, Record(2, 200)}));
+        WriteAll(a.Home() + QStringLiteral("Page1.DSW"), PageText({lcRoute, Record(2, 200)}));
         clsError lcError;
         a.app->DecodeAndProcess(lcError, Geometry(0, 1, 8));
         QCOMPARE(lcError.Description(), QStringLiteral("Overflow"));

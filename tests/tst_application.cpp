@@ -4,6 +4,7 @@
 
 #include "RecordingSerialPort.h"
 #include "TestApp.h"
+#include "TestFiles.h"
 #include "app/clsSettings.h"
 #include "link/clsHalvexMsg.h"
 #include "platform/Err.h"
@@ -41,30 +42,26 @@ private slots:
 
     void shutDownOnce_data()
     {
-        QTest::addColumn<QString>("how");
-        QTest::newRow("Quite twice") << "twice";
+        QTest::addColumn<QString>("steps");
+        QTest::newRow("Quite twice") << "quite, quite";
         QTest::newRow("closed from inside Start") << "start";
-        QTest::newRow("DelayedQuite after 200 ms") << "delayed";
+        QTest::newRow("DelayedQuite after 200 ms") << "delayed, advance 199, running, advance 1";
     }
     // However the program ends, the display hears goodbye once, the log
     // stops once and the settings are saved.
     void shutDownOnce()
     {
-        QFETCH(QString, how);
+        QFETCH(QString, steps);
         RecordingSerialPort lcPort;
         TestApp t(&lcPort);
-        if (how == QLatin1String("twice")) {
-            t.app->Quite();
-            t.app->Quite();
-        } else if (how == QLatin1String("start")) {
-            t.app->Start([&]() { t.app->Quite(); });
-            QVERIFY(!t.app->MainWindowShown());
-        } else {
-            t.app->DelayedQuite();
-            t.clock.Advance(199);
-            QVERIFY(t.app->IsInitialised());
-            t.clock.Advance(1);
-        }
+        RunSteps(steps, {{"quite", [&](const QString&) { t.app->Quite(); }},
+                         {"start", [&](const QString&) {
+                              t.app->Start([&]() { t.app->Quite(); });
+                              QVERIFY(!t.app->MainWindowShown());
+                          }},
+                         {"delayed", [&](const QString&) { t.app->DelayedQuite(); }},
+                         {"advance", [&](const QString& a) { t.clock.Advance(a.toUInt()); }},
+                         {"running", [&](const QString&) { QVERIFY(t.app->IsInitialised()); }}});
         QVERIFY(!t.app->IsInitialised());
         QCOMPARE(lcPort.written, QList<QByteArray>({kGoodbye}));
         QCOMPARE(t.LogLines(), QStringList({"K.V.T. Download Software 1.0.0", "Logging started", "Logging stopped", ""}));

@@ -1,5 +1,6 @@
 // The place table: how postcode.gps is read, where the application finds it,
-// the nearest-place search with its kept quirks, and its index against the scan.
+// the nearest-place search with its kept quirks, its index against the scan
+// (and fuzz_places, whose corpus compares the two around every place).
 
 #include "GoldenData.h"
 #include "data/clsGpsPlaces.h"
@@ -7,7 +8,6 @@
 #include "support/TestApp.h"
 #include "support/TestFiles.h"
 
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -72,14 +72,14 @@ private slots:
         QCOMPARE(lcPlaces->searchPosition(2000000, 1000000), count == 3 ? QStringLiteral("A") : QString());
         QCOMPARE(lcPlaces->searchPosition(0, 1000000), QStringLiteral(" "));
     }
-    // Numbers are read leniently (leading number, else 0, rounded half to even);
+    // Numbers are read leniently (leading number, exponent and all, else 0, rounded half to even);
     // the place text is the rest of the line in Windows-1252, separators and all.
     void lineIsSplitAtTheFirstTwoSeparators()
     {
-        const QByteArray lcContent = "  12abc;x;text;with;semis\r\n2.5;3.5;Li\xE8ge \x80\r\n";
+        const QByteArray lcContent = "  10abc;x;text;with;semis\r\n25d-1;0.35E1;Li\xE8ge \x80\r\n";
         clsGpsPlaces* lcPlaces = Load(&lcContent);
         QCOMPARE(lcPlaces->Count(), 2);
-        QCOMPARE(lcPlaces->Place(0).mlLongitude, 12);
+        QCOMPARE(lcPlaces->Place(0).mlLongitude, 10);
         QCOMPARE(lcPlaces->Place(0).mlLatitude, 0);
         QCOMPARE(lcPlaces->Place(0).msPlaatsPostcodeName, QStringLiteral("text;with;semis"));
         QCOMPARE(lcPlaces->Place(1).mlLongitude, 2);
@@ -115,42 +115,6 @@ private slots:
         QCOMPARE(RaisedNumber([&] { lcPlaces->searchPosition(2000000, 147483647); }), 0L);
         QCOMPARE(RaisedNumber([&] { lcPlaces->searchPosition(2000000, 147483648); }), VbError::Overflow);
     }
-    void indexMatchesLinearScan_data()
-    {
-        QTest::addColumn<QString>("table");
-        QTest::newRow("world cities") << QStringLiteral(CORVANE_SHARED_DATA "/world-cities.gps");
-        QTest::newRow("us zip codes") << QStringLiteral(CORVANE_SHARED_DATA "/us-zipcodes.gps");
-    }
-    // Half the positions lie within a few limit-radii of a place, some exactly on
-    // the limit's edge or half-way between two places; half lie anywhere.
-    void indexMatchesLinearScan()
-    {
-        QFETCH(QString, table);
-        clsGpsPlaces lcPlaces(table, &mcDialogs);
-        QVERIFY2(lcPlaces.Count() > 1000, qPrintable(table));
-        QRandomGenerator lcRandom(20061);
-        static const qint32 kEdges[][2] = {{55555, 0}, {0, -55556}, {33333, 44444}, {-44444, 33334}, {0, 0}};
-        int llFound = 0;
-        for (int i = 0; i < 20000; ++i) {
-            // Neighbouring lines of these tables are mostly neighbouring places.
-            const qint32 llSlot = qint32(lcRandom.bounded(lcPlaces.Count() - 1));
-            const clsGpsPlace a = lcPlaces.Place(llSlot), b = lcPlaces.Place(llSlot + 1);
-            const auto& e = kEdges[lcRandom.bounded(5)];
-            const qint32 llNear = qint32(lcRandom.bounded(-170000, 170000)), llFar = qint32(lcRandom.bounded(1, 108000000));
-            qint32 llLat = a.mlLatitude + llNear, llLon = a.mlLongitude + qint32(lcRandom.bounded(-170000, 170000));
-            if (i % 2 == 1)
-                llLat = llFar, llLon = qint32(lcRandom.bounded(1, 216000000));
-            else if (i % 10 == 0)
-                llLat = a.mlLatitude + e[0], llLon = a.mlLongitude + e[1];
-            else if (i % 10 == 2)
-                llLat = qint32((qint64(a.mlLatitude) + b.mlLatitude) / 2), llLon = qint32((qint64(a.mlLongitude) + b.mlLongitude) / 2);
-            const QString lsIndexed = lcPlaces.searchPosition(llLat, llLon);
-            llFound += !lsIndexed.isEmpty();
-            if (lsIndexed != lcPlaces.searchPositionLinear(llLat, llLon))
-                QFAIL(qPrintable(QStringLiteral("differs at %1, %2: %3").arg(llLat).arg(llLon).arg(lsIndexed)));
-        }
-        QVERIFY(llFound > 5000);
-    }
     // A tree as an install or a build leaves it: home/, prefix/bin (the
     // program), prefix/share/corvane, prefix/CorvaneSourceDir.txt naming src/.
     void lookupOrder_data()
@@ -184,15 +148,6 @@ private slots:
         }
         QCOMPARE(QFileInfo(clsApplication::LocatePlacesFile(lsRoot + "home/", lsRoot + "prefix/bin")).absoluteFilePath(),
                  QFileInfo(lcTables[found]).absoluteFilePath());
-    }
-    // The tests run from the build tree: the marker the build writes leads to the shipped table.
-    void buildTreeFindsItsSourceTree()
-    {
-        QTemporaryDir lcHome;
-        const QString lsFound = clsApplication::LocatePlacesFile(lcHome.path() + QLatin1Char('/'),
-                                                                 QStringLiteral(CORVANE_BINARY_DIR "/tests"));
-        QCOMPARE(QFileInfo(lsFound).canonicalFilePath(),
-                 QFileInfo(QStringLiteral(CORVANE_TEST_DATA "/../../share/postcode.gps")).canonicalFilePath());
     }
     // Both boxes of a missing table come from Init, before any operation.
     void errorBoxesComeAtStartUp()

@@ -9,7 +9,6 @@
 #include "platform/Err.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 
 namespace {
@@ -20,14 +19,6 @@ QByteArray Pattern(int vlPage, int vlSize)
     for (int i = 0; i < vlSize; ++i)
         lcData[i] = char((i * 7 + vlPage) & 0xFF);
     return lcData;
-}
-
-QList<int> Numbers(const QString& vsList)
-{
-    QList<int> lcNumbers;
-    for (const QString& lsNumber : vsList.split(QLatin1Char(','), Qt::SkipEmptyParts))
-        lcNumbers << lsNumber.toInt();
-    return lcNumbers;
 }
 }
 
@@ -51,14 +42,8 @@ private slots:
         r.app().DownloadPages(lcError);
         QVERIFY(!lcError.IsError());
         QCOMPARE(r.Trace(), QStringLiteral("CE 36 38:01 34:0100003C 34:01003C3C 34:0100783C 34:0100B43C 34:0100F010 38:02"));
-        QFile lcFile(r.t.Home() + QStringLiteral("Page1.DSW"));
-        QVERIFY(lcFile.open(QIODevice::ReadOnly));
-        const QByteArray lcText = lcFile.readAll();
-        QCOMPARE(lcText.count("\r\n"), 256);
-        QVERIFY(lcText.startsWith("1\r\n8\r\n15\r\n"));
-        QCOMPARE(PageFileBytes(lcFile.fileName()), Pattern(1, 256));
-        QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page0.DSW")));
-        QVERIFY(!QFile::exists(r.t.Home() + QStringLiteral("Page2.DSW")));
+        QCOMPARE(QDir(r.t.Home()).entryList({QStringLiteral("Page*.DSW")}), QStringList{"Page1.DSW"});
+        QCOMPARE(ReadAll(r.t.Home() + QStringLiteral("Page1.DSW")), PageFileText(Pattern(1, 256)));
         QCOMPARE(r.t.LogLines().mid(2), (QStringList{"ID found 12.0.34.5.6.7.8.9.", "First page found on 0",
                                                       "Last page found on 2", "Size of one page is 8",
                                                       "Starting to download page 1", "Finished downloading page 1"}));
@@ -90,26 +75,17 @@ private slots:
             if (files.contains(llPage))
                 lcFiles[llPage] = Pattern(llPage, 1 << geometry[2]);
         }
-        for (const QString& lsStep : steps.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
-            const QStringList w = lsStep.split(QLatin1Char(' '));
-            if (w[0] == QLatin1String("state"))
-                r.display.Faults().PageState[w[1].toInt()] = w[2].toInt();
-            else if (w[0] == QLatin1String("nodata")) {
-                r.display.Faults().ReadStatusOfPart[w[1].toInt() * 65536 + w[2].toInt()] = 0;
-                lcFiles[w[1].toInt()].remove(w[2].toInt(), geometry[3]);
-            } else if (w[0] == QLatin1String("silent"))
-                r.display.Faults().SilentFromRequest = w[1].toInt();
-            else if (w[0] == QLatin1String("id"))
-                r.display.SetId(QByteArray::fromHex(w[1].toLatin1()));
-            else if (w[0] == QLatin1String("size"))
-                r.display.Faults().ReportedSizeOnePage = w[1].toInt();
-            else if (w[0] == QLatin1String("mkdir"))
-                QVERIFY(QDir().mkpath(r.app().PageFileName(w[1].toInt())));
-            else if (w[0] == QLatin1String("cancel"))
-                r.t.dialogs.answers << MsgResult::Cancel;
-            else
-                QFAIL(qPrintable(lsStep));
-        }
+        RunSteps(steps, {{"state", [&](const QString& a) { r.display.Faults().PageState[Numbers(a)[0]] = Numbers(a)[1]; }},
+                         {"nodata", [&](const QString& a) {
+                              const QList<int> lcPart = Numbers(a);
+                              r.display.Faults().ReadStatusOfPart[lcPart[0] * 65536 + lcPart[1]] = 0;
+                              lcFiles[lcPart[0]].remove(lcPart[1], geometry[3]);
+                          }},
+                         {"silent", [&](const QString& a) { r.display.Faults().SilentFromRequest = a.toInt(); }},
+                         {"id", [&](const QString& a) { r.display.SetId(QByteArray::fromHex(a.toLatin1())); }},
+                         {"size", [&](const QString& a) { r.display.Faults().ReportedSizeOnePage = a.toInt(); }},
+                         {"mkdir", [&](const QString& a) { QVERIFY(QDir().mkpath(r.app().PageFileName(a.toInt()))); }},
+                         {"cancel", [&](const QString&) { r.t.dialogs.answers << MsgResult::Cancel; }}});
         clsError lcError;
         QString lsError;
         try {

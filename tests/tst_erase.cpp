@@ -2,11 +2,14 @@
 // against the simulated display.
 
 #include "support/SimRig.h"
+#include "TestFiles.h"
 
 #include <QTest>
 
 namespace {
-struct OsCase { QByteArray start; QList<MsgResult> answers; int error; bool erased; };
+struct OsCase {
+    QByteArray start; QList<MsgResult> answers; int error; bool erased; QString trace; QMap<qint32, int> readStatus = {};
+};
 struct ClearCase { bool saved; QList<MsgResult> answers; bool silent; QString lastText, lastTitle; };
 }
 
@@ -15,86 +18,60 @@ class tst_Erase : public QObject
     Q_OBJECT
 
 private slots:
+    void clearFlash_data() { AddTableRows(QStringLiteral("erase-scenarios.txt")); }
     void clearFlash()
     {
+        QFETCH(QStringList, row);
+        const QList<int> geometry = Numbers(row[1]);
         SimRig r;
-        r.display.SetGeometry(0, 3, 6, 64);
-        for (int llPage : {0, 1, 2})
-            r.display.SetPage(llPage, QByteArray(64, 0x11));
-        r.display.Faults().EraseRefused[2] = true;
+        r.display.SetGeometry(geometry[0], geometry[1], geometry[2], 64);
+        for (int llPage : Numbers(row[2]))
+            r.display.SetPage(llPage, QByteArray(r.display.PageSize(), 0x11));
+        bool lbCheckId = false;
+        RunSteps(row[3], {{"refuse", [&](const QString& a) { r.display.Faults().EraseRefused[a.toInt()] = true; }},
+                          {"silent", [&](const QString& a) { r.display.Faults().SilentFromRequest = a.toInt(); }},
+                          {"cancel", [&](const QString&) { r.t.dialogs.answers << MsgResult::Cancel; }},
+                          {"expect", [&](const QString& a) {
+                               r.app().SetDisplayId(a);
+                               lbCheckId = true;
+                           }}});
         clsError lcError;
-        r.app().ClearFlash(lcError, false);
-        QVERIFY(!lcError.IsError());
-        QCOMPARE(r.Funcs(), (QList<int>{0xCE, 0x0B, 0x0B, 0x36, 0x38, 0x35, 0x38, 0x35, 0x38}));
-        QVERIFY(!r.display.PageIsEmpty(0));
-        QVERIFY(r.display.PageIsEmpty(1));
-        QVERIFY(r.display.LowCurrent());
-        QCOMPARE(r.t.LogLines().mid(2), (QStringList{"Starting to erase page 1", "Erase succesfull", "Starting to erase page 2",
-                                           "ERROR Erase not succesfull", "Starting to erase page 3",
-                                           "Page already empty"}));
-        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
+        r.app().ClearFlash(lcError, lbCheckId);
+        const QString lsError = QStringLiteral("%1 %2").arg(lcError.Error(), 0, 16).arg(lcError.Description());
+        QCOMPARE(lcError.IsError() ? lsError : QString(), row[4]);
+        QCOMPARE(r.Trace(), row[5]);
+        QStringList lcKept;
+        for (int llPage = geometry[0]; llPage <= geometry[1]; ++llPage)
+            if (!r.display.PageIsEmpty(llPage))
+                lcKept << QString::number(llPage);
+        QCOMPARE(lcKept.join(QLatin1Char(',')), row[6]);
+        QCOMPARE(r.t.LogLines().mid(2).join(QStringLiteral("; ")), row[7]);
+        QCOMPARE(r.app().Status().StatusString(), row[8]);
         const clsProgressBarInfo& lcBar = r.app().Status().BigProgressBarInfo();
-        QCOMPARE((QList<int>{lcBar.Max(), lcBar.Position(), lcBar.Visible()}), (QList<int>{3, 3, 0}));
-        QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    void nothingToEraseWhenFirstIsLast()
-    {
-        SimRig r;
-        r.display.SetGeometry(2, 2, 6, 64);
-        clsError lcError;
-        r.app().ClearFlash(lcError, false);
-        QCOMPARE(r.Funcs(), (QList<int>{0xCE, 0x0B, 0x0B, 0x36}));
-        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Erasing Route Logging and PoliceCheck data completed"));
-    }
-
-    void wrongIdStopsBeforeAnything()
-    {
-        SimRig r;
-        r.app().SetDisplayId(QStringLiteral("1.2.3.4.5.6.7.8."));
-        clsError lcError;
-        r.app().ClearFlash(lcError, true);
-        QCOMPARE(lcError.Error(), ErrorCode::DifferentDisplay);
-        QCOMPARE(lcError.Description(), QStringLiteral("Different display detected."));
-        QCOMPARE(r.Funcs(), QList<int>{0xCE});
-        QCOMPARE(r.t.LogLines().mid(2), QStringList{"ERROR Wrong ID found, aborting erase of database"});
-        QCOMPARE(r.app().Status().StatusString(), QStringLiteral("Wrong ID found, stopping download"));
-        QVERIFY(!r.app().CommunicationIsRunning());
-    }
-
-    // A page-state request that fails ends the loop; pages erased before stay erased.
-    void failedPageStateStops()
-    {
-        SimRig r;
-        r.display.SetGeometry(0, 3, 6, 64);
-        for (int llPage : {1, 2, 3})
-            r.display.SetPage(llPage, QByteArray(64, 0x11));
-        r.display.Faults().SilentFromRequest = 7;
-        r.t.dialogs.answers << MsgResult::Cancel;
-        clsError lcError;
-        r.app().ClearFlash(lcError, false);
-        QCOMPARE(lcError.Error(), ErrorCode::CancelledByUser);
-        QVERIFY(r.display.PageIsEmpty(1));
-        QVERIFY(!r.display.PageIsEmpty(2));
-        QCOMPARE(r.app().Status().BigProgressBarInfo().Position(), 1);
+        QCOMPARE(QStringLiteral("%1,%2,%3").arg(lcBar.Max()).arg(lcBar.Position()).arg(lcBar.Visible()), row[9]);
         QVERIFY(!r.app().CommunicationIsRunning());
     }
 
     void operatingSystemCheck_data()
     {
         QTest::addColumn<OsCase>("c");
-        QTest::newRow("logged data") << OsCase{"KVX", {}, 0, false};
-        QTest::newRow("empty page") << OsCase{{}, {}, 0, false};
-        QTest::newRow("image, keep it") << OsCase{"KVT", {MsgResult::No}, ErrorCode::OperatingSystemDetected, false};
-        QTest::newRow("image, clear it") << OsCase{"KVT", {MsgResult::Yes}, ErrorCode::OperatingSystemDetected, true};
+        const QString lsRead = QStringLiteral("36 38:05 34:05000003");
+        QTest::newRow("logged data") << OsCase{"KVX", {}, 0, false, lsRead};
+        QTest::newRow("empty page") << OsCase{{}, {}, 0, false, "36 38:05"};
+        QTest::newRow("image, keep it") << OsCase{"KVT", {MsgResult::No}, ErrorCode::OperatingSystemDetected, false, lsRead};
+        QTest::newRow("image, clear it") << OsCase{"KVT", {MsgResult::Yes}, ErrorCode::OperatingSystemDetected, true,
+                                                   lsRead + " CE B:0000 B:0100 36 38:05 35:05 38:06"};
+        // an answer without data is taken as it is, not asked again
+        QTest::newRow("read without data") << OsCase{"KVT", {}, 0, false, lsRead, {{5 * 65536, 0}}};
     }
     void operatingSystemCheck()
     {
         QFETCH(OsCase, c);
-        const auto& [start, answers, error, erased] = c;
+        const auto& [start, answers, error, erased, trace, readStatus] = c;
         SimRig r;
         r.display.SetGeometry(4, 6, 8, 64);
         r.display.SetPage(5, start);
+        r.display.Faults().ReadStatusOfPart = readStatus;
         r.t.dialogs.answers.append(answers);
         clsError lcError;
         r.app().CheckForOperatingSystem(lcError);
@@ -106,8 +83,7 @@ private slots:
                      QStringLiteral("Found Corvane Operating System, do you wish to clear the display?"));
             QCOMPARE(r.t.dialogs.boxes[0].title, QStringLiteral("Corvane Desktop"));
         }
-        if (!start.isEmpty())
-            QCOMPARE(r.display.Requests().value(2).arguments, QByteArray::fromHex("05000003"));
+        QCOMPARE(r.Trace(), trace);
     }
 
     void clearDisplayDialogue_data()

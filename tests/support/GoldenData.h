@@ -33,6 +33,16 @@ inline QList<QStringList> DataTable(const QString& vsName, int vlFields)
     return lcRows;
 }
 
+// A display's geometry: pages vlFirst to vlLast of 2^vlSizeLog2 bytes.
+inline clsFlashMemInfo Geometry(int vlFirst, int vlLast, int vlSizeLog2)
+{
+    clsFlashMemInfo lcInfo;
+    lcInfo.SetFirstPage(vlFirst);
+    lcInfo.SetLastPage(vlLast);
+    lcInfo.SetSizeOnePage(vlSizeLog2);
+    return lcInfo;
+}
+
 // Decodes a golden set in the home of an application not started yet, its own
 // place table (or vcTable) included; the table is loaded as the application starts.
 inline void LoadSet(TestApp& rcApp, const QString& vsSet, const QByteArray& vcTable = QByteArray())
@@ -45,11 +55,7 @@ inline void LoadSet(TestApp& rcApp, const QString& vsSet, const QByteArray& vcTa
     rcApp.app->Init();
     const QList<QByteArray> lcNumbers = ReadAll(lcSet.filePath(QStringLiteral("geometry.txt"))).simplified().split(' ');
     QCOMPARE(lcNumbers.size(), 3);
-    clsFlashMemInfo lcInfo;
-    lcInfo.SetFirstPage(lcNumbers[0].toInt());
-    lcInfo.SetLastPage(lcNumbers[1].toInt());
-    lcInfo.SetSizeOnePage(lcNumbers[2].toInt());
     clsError lcError;
-    rcApp.app->DecodeAndProcess(lcError, lcInfo);
+    rcApp.app->DecodeAndProcess(lcError, Geometry(lcNumbers[0].toInt(), lcNumbers[1].toInt(), lcNumbers[2].toInt()));
     QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
 }

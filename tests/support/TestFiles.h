@@ -2,14 +2,27 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QMap>
+#include <QRegularExpression>
 #include <QString>
 #include <QStringList>
 #include <QTest>
+#include <functional>
 
 // Bytes written as spaced hex, "00 00 66 01".
 inline QByteArray Hex(const char* vsHex)
 {
     return QByteArray::fromHex(QByteArray(vsHex).replace(' ', ""));
+}
+
+// Whole numbers written "4,5,10,200" or "1 64".
+inline QList<int> Numbers(const QString& vsList)
+{
+    static const QRegularExpression scSeparator(QStringLiteral("[, ]"));
+    QList<int> lcNumbers;
+    for (const QString& lsNumber : vsList.split(scSeparator, Qt::SkipEmptyParts))
+        lcNumbers << lsNumber.toInt();
+    return lcNumbers;
 }
 
 // Whole-file reads and writes for tests; a file that cannot be read is empty.
@@ -52,4 +65,16 @@ inline void AddTableRows(const QString& vsTable)
     QTest::addColumn<QStringList>("row");
     for (const QStringList& lcRow : TableRows(vsTable))
         QTest::newRow(qPrintable(lcRow[0])) << lcRow;
+}
+
+// A test's script of steps, "verb argument, verb argument": each step runs its
+// verb's action with the rest of the step. A verb without an action fails the test.
+using StepActions = QMap<QString, std::function<void(const QString&)>>;
+inline void RunSteps(const QString& vsScript, const StepActions& vcActions)
+{
+    for (const QString& lsStep : vsScript.split(QStringLiteral(", "), Qt::SkipEmptyParts)) {
+        const auto lcAction = vcActions.constFind(lsStep.section(QLatin1Char(' '), 0, 0));
+        QVERIFY2(lcAction != vcActions.cend(), qPrintable(lsStep));
+        (*lcAction)(lsStep.section(QLatin1Char(' '), 1));
+    }
 }
