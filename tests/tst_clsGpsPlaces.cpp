@@ -103,6 +103,14 @@ private slots:
         QCOMPARE(lcPlaces->searchPosition(latitude, longitude), expected);
         QCOMPARE(lcPlaces->searchPositionLinear(latitude, longitude), expected);
     }
+    // Records keep the texts they looked up when the table is loaded anew at
+    // start-up, so a text must not point into memory that went with its table.
+    void textOutlivesItsTable()
+    {
+        const QString lsText = Load(&kTable)->searchPosition(2000000, 1111110);
+        mcPlaces.reset();
+        QCOMPARE(lsText, QStringLiteral("B"));
+    }
     // The scan subtracts in 32 bits: a table value far enough from the position
     // overflows, wherever it stands in the table.
     void farTableValueOverflowsLikeTheScan()

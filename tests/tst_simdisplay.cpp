@@ -4,7 +4,7 @@
 
 #include "TestFiles.h"
 #include "link/clsHalvexMsg.h"
-#include "platform/VirtualClock.h"
+#include "platform/Cp1252.h"
 #include "sim/clsSimBootloader.h"
 #include "sim/clsSimDisplay.h"
 #include "sim/clsSimOptions.h"
@@ -17,17 +17,13 @@ namespace {
 QByteArray Request(quint8 vbyFunc, const QByteArray& vcArguments = QByteArray())
 {
     QByteArray lcFrame;
-    VirtualClock lcClock;
-    clsHalvexMsg lcMessage(&lcClock, [&lcFrame](const QByteArray& vcBytes) {
+    clsHalvexMsg lcMessage(nullptr, [&lcFrame](const QByteArray& vcBytes) {
         lcFrame = vcBytes;
         return true;
     });
     lcMessage.SetDeviceAddress(0x66);
     lcMessage.SetHostAddress(0x01);
-    QString lsText;
-    for (const char lcByte : vcArguments)
-        lsText += clsHalvexMsg::ByteToHexArgument(quint8(lcByte)) + QLatin1Char(',');
-    lcMessage.Send(vbyFunc, lsText);
+    lcMessage.Send(vbyFunc, clsHalvexMsg::StringToArgumentList(Cp1252::Decode(vcArguments)));
     return lcFrame;
 }
 
@@ -50,6 +46,7 @@ private slots:
         QTest::addColumn<Answered>("c");
         const auto F = [](quint8 vbyFunc, const char* vsArguments) { return clsSimDisplay::Frame(0x01, 0x66, vbyFunc, Hex(vsArguments)); };
         QTest::newRow("read") << Answered{"", Request(0x34, Hex("01 00 02 03")), F(0x34, "01 12 00 FF")};
+        QTest::newRow("read up to the page end") << Answered{"", Request(0x34, Hex("01 00 0D 03")), F(0x34, "01 FF FF FF")};
         QTest::newRow("read past the page end") << Answered{"", Request(0x34, Hex("01 00 0E 03")), F(0x34, "00")};
         QTest::newRow("just connected") << Answered{"", Request(0xD0), F(0xD0, "01")};
         QTest::newRow("firmware download start") << Answered{"", Request(0xD9), F(0xD9, "01")};
@@ -82,8 +79,8 @@ private slots:
         lcDisplay.SetGeometry(0, 3, 4, 16);
         Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 AA 00 BB")));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff aa 00 bb ff ff ff ff ff ff ff ff ff"));
-        // Written again without an erase: only the bits that both writes cleared stay cleared.
-        Answer(lcDisplay, Request(0x33, Hex("02 00 04 03 0F F0 CC")));
+        // Written again to the page end without an erase: only the bits that both writes cleared stay cleared.
+        Answer(lcDisplay, Request(0x33, Hex("02 00 04 0C 0F F0 CC FF FF FF FF FF FF FF FF FF")));
         QCOMPARE(lcDisplay.Page(2).toHex(' '), QByteArray("ff ff ff ff 0a 00 88 ff ff ff ff ff ff ff ff ff"));
         lcDisplay.SetJustConnected(true);
         Answer(lcDisplay, Request(0xD0));

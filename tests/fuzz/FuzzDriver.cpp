@@ -6,38 +6,26 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStringList>
 #include <cstdint>
 #include <cstdio>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize);
 
-namespace {
-QStringList InputFiles(const QString& vsPath)
-{
-    const QFileInfo lcInfo(vsPath);
-    if (!lcInfo.isDir())
-        return {vsPath};
-    QStringList lcFiles;
-    const QDir lcDir(vsPath);
-    for (const QString& lsName : lcDir.entryList(QDir::Files, QDir::Name))
-        lcFiles << lcDir.filePath(lsName);
-    return lcFiles;
-}
-}
-
 int main(int argc, char* argv[])
 {
     int llInputs = 0;
     for (int i = 1; i < argc; ++i) {
-        for (const QString& lsFile : InputFiles(QString::fromLocal8Bit(argv[i]))) {
-            QFile lcFile(lsFile);
+        const QFileInfo lcArgument(QString::fromLocal8Bit(argv[i]));
+        const QFileInfoList lcFiles =
+            lcArgument.isDir() ? QDir(lcArgument.filePath()).entryInfoList(QDir::Files, QDir::Name) : QFileInfoList{lcArgument};
+        for (const QFileInfo& lcInput : lcFiles) {
+            QFile lcFile(lcInput.filePath());
             if (!lcFile.open(QIODevice::ReadOnly)) {
-                std::fprintf(stderr, "cannot read %s\n", qPrintable(lsFile));
+                std::fprintf(stderr, "cannot read %s\n", qPrintable(lcInput.filePath()));
                 return 1;
             }
             const QByteArray lcData = lcFile.readAll();
-            std::printf("%s\n", qPrintable(QFileInfo(lsFile).fileName()));
+            std::printf("%s\n", qPrintable(lcInput.fileName()));
             LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(lcData.constData()), size_t(lcData.size()));
             ++llInputs;
         }

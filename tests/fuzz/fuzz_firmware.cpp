@@ -4,55 +4,27 @@
 // digits; a file that passes sends exactly the bytes of its lines after the
 // header, each line once; a file whose first line is no "MD " header sends nothing.
 
-#include "FakeMainWindow.h"
 #include "FuzzCheck.h"
+#include "RecordingSerialPort.h"
 #include "TestApp.h"
 #include "link/clsRawPortSession.h"
-#include "platform/IEventLoop.h"
-#include "platform/ISerialPort.h"
 #include "platform/Err.h"
 #include "upload/clsFirmwareStream.h"
 
-#include <QFile>
 #include <cctype>
 #include <cstdint>
+#include <utility>
 
 namespace {
 // Takes every byte and answers OK once something was written since the last answer.
-class AgreeingBootloader : public ISerialPort
+class AgreeingBootloader : public RecordingSerialPort
 {
 public:
-    void SetCommPort(const QString& vsPort) override { msPort = vsPort; }
-    QString CommPort() const override { return msPort; }
-    bool PortOpen() const override { return mbOpen; }
-    bool SetPortOpen(bool vbOpen) override { return (mbOpen = vbOpen), true; }
-    bool Output(const QByteArray& vcData) override
-    {
-        written += vcData;
-        mbLineWaiting = true;
-        return true;
-    }
-    QByteArray Input() override
-    {
-        const bool lbAnswer = mbLineWaiting;
-        mbLineWaiting = false;
-        return lbAnswer ? QByteArrayLiteral("OK\r\n") : QByteArray();
-    }
-    bool WaitForInput(quint32 vlDeadline) override
-    {
-        if (!mbLineWaiting && loop)
-            loop->WaitForEvents(vlDeadline);
-        return mbLineWaiting;
-    }
-    void Flush() override {}
-    void Purge() override {}
-
-    QByteArray written;
-    IEventLoop* loop = nullptr;
+    bool Output(const QByteArray& vcData) override { return mbLineWaiting = RecordingSerialPort::Output(vcData); }
+    QByteArray Input() override { return std::exchange(mbLineWaiting, false) ? QByteArrayLiteral("OK\r\n") : QByteArray(); }
+    bool WaitForInput(quint32 vlDeadline) override { return mbLineWaiting || RecordingSerialPort::WaitForInput(vlDeadline); }
 
 private:
-    QString msPort;
-    bool mbOpen = false;
     bool mbLineWaiting = false;
 };
 
@@ -72,13 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
     static AgreeingBootloader scPort;
     static TestApp scTest(&scPort);
     scPort.loop = &scTest.clock;
-    const QString lsFile = scTest.Home() + QStringLiteral("update.kvt_md");
-    {
-        QFile lcFile(lsFile);
-        FuzzCheck(lcFile.open(QIODevice::WriteOnly)
-                      && lcFile.write(reinterpret_cast<const char*>(vcData), qint64(vlSize)) == qint64(vlSize),
-                  "firmware file written");
-    }
+    const QByteArray lcInput(reinterpret_cast<const char*>(vcData), qsizetype(vlSize));
+    const QString lsFile = WriteInput(QStringLiteral("update.kvt_md"), lcInput);
     const QList<QByteArray> lcLines = clsFirmwareStream::ReadLines(lsFile);
     int llFirstBad = 0;
     for (int i = 1; i < lcLines.size() && !llFirstBad; ++i)
@@ -101,12 +68,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
         clsFirmwareStream lcStream(*scTest.app, lcSession, scTest.window.ProgressBar(IMainWindow::Bar::Small));
         const clsFirmwareStream::Result lResult = lcStream.SendFirmwareFile(QStringLiteral("MD "), lsFile, false, false);
         if (!lbHeader) {
-            FuzzCheck(lResult != clsFirmwareStream::Result::Interrupted && scPort.written.isEmpty(),
+            FuzzCheck(lResult != clsFirmwareStream::Result::Interrupted && scPort.written.join().isEmpty(),
                       "nothing is sent without the header");
             return 0;
         }
         FuzzCheck(lResult == clsFirmwareStream::Result::Complete, "an agreeing bootloader takes the whole file");
-        FuzzCheck(scPort.written == lcExpected, "every line's bytes are sent once, in order");
+        FuzzCheck(scPort.written.join() == lcExpected, "every line's bytes are sent once, in order");
     } catch (const clsRuntimeError& e) {
         // Only a file that is its header alone runs out of lines.
         FuzzCheck(lbHeader && lcLines.size() == 1 && e.Number() == VbError::InputPastEndOfFile,

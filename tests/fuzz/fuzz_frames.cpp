@@ -12,6 +12,7 @@
 #include <QObject>
 #include <QStringList>
 #include <cstdint>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -19,11 +20,8 @@ struct Frame {
     quint8 adressTo, adressFrom, func, cs, nofArguments;
     bool csOk;
     QByteArray arguments;
-    bool operator==(const Frame& o) const
-    {
-        return adressTo == o.adressTo && adressFrom == o.adressFrom && func == o.func && cs == o.cs
-            && nofArguments == o.nofArguments && csOk == o.csOk && arguments == o.arguments;
-    }
+    auto Fields() const { return std::tie(adressTo, adressFrom, func, cs, nofArguments, csOk, arguments); }
+    bool operator==(const Frame& o) const { return Fields() == o.Fields(); }
 };
 
 // Every frame the receiver raises MessageReceived for, fed in chunks of the given sizes.

@@ -7,9 +7,7 @@
 #include "platform/Cp1252.h"
 #include "platform/PrivateProfile.h"
 
-#include <QFile>
 #include <QStringList>
-#include <QTemporaryDir>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -55,25 +53,15 @@ bool UsableValue(const QString& vsValue)
         && vsValue.back() == vsValue.front();
     return !lbQuoted && Cp1252::Decode(Cp1252::Encode(vsValue)) == vsValue;
 }
-
-bool SameName(const QString& a, const QString& b)
-{
-    return a.compare(b, Qt::CaseInsensitive) == 0;
-}
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
 {
-    static QTemporaryDir scDir;
-    const QString lsFile = scDir.filePath(QStringLiteral("kvtDsw.ini"));
     const QByteArray lcInput(reinterpret_cast<const char*>(vcData), qsizetype(vlSize));
     const qsizetype llHeaderEnd = lcInput.indexOf('\n');
     const QStringList lcWrite = Cp1252::Decode(llHeaderEnd < 0 ? lcInput : lcInput.left(llHeaderEnd)).split(QLatin1Char('|'));
     const QByteArray lcContent = llHeaderEnd < 0 ? QByteArray() : lcInput.mid(llHeaderEnd + 1);
-    {
-        QFile lcFile(lsFile);
-        FuzzCheck(lcFile.open(QIODevice::WriteOnly) && lcFile.write(lcContent) == lcContent.size(), "ini written");
-    }
+    const QString lsFile = WriteInput(QStringLiteral("kvtDsw.ini"), lcContent);
 
     std::vector<std::pair<Key, QString>> lcBefore;
     for (const Key& lcKey : Keys(Cp1252::Decode(lcContent))) {
@@ -90,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
     FuzzCheck(PrivateProfile::GetString(lsSection, lsKey, QStringLiteral("<missing>"), 100000, lsFile) == lsValue,
               "the value written reads back", lsValue);
     for (const auto& [lcKey, lsOld] : lcBefore) {
-        if (SameName(lcKey.first, lsSection) && SameName(lcKey.second, lsKey))
+        if (!lcKey.first.compare(lsSection, Qt::CaseInsensitive) && !lcKey.second.compare(lsKey, Qt::CaseInsensitive))
             continue;
         FuzzCheck(PrivateProfile::GetString(lcKey.first, lcKey.second, QString(), 999, lsFile) == lsOld,
                   "a neighbour of the key written keeps its value", lcKey.first + QLatin1Char('/') + lcKey.second);

@@ -5,51 +5,31 @@
 // it; a file that decodes is removed; every record kept is valid, the display
 // kinds are numbered 1, 2, 3 ... and every line has its 21 columns.
 
-#include "FakeMainWindow.h"
-#include "FakeUserDialogs.h"
 #include "FuzzCheck.h"
-#include "app/clsApplication.h"
+#include "TestApp.h"
+#include "TestFiles.h"
 #include "data/clsFlashMemInfo.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
-#include "platform/VirtualClock.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <cstdint>
-#include <memory>
 
 namespace {
-struct Decoder {
-    QTemporaryDir home;
-    VirtualClock clock;
-    FakeUserDialogs dialogs;
-    FakeMainWindow window;
-    std::unique_ptr<clsApplication> app;
-    clsFlashMemInfo geometry;
-
+// An application with the hand-built set's place table in its home, decoding 256-byte pages.
+struct Decoder : TestApp {
     Decoder()
+        : TestApp(nullptr, false)
     {
-        clsPlatform lcPlatform;
-        lcPlatform.EventLoop = &clock;
-        lcPlatform.Dialogs = &dialogs;
-        lcPlatform.MainWindow = &window;
-        lcPlatform.HomeDir = home.path();
-        lcPlatform.PlacesFile = QStringLiteral(CORVANE_TEST_DATA "/pipeline-handbuilt/postcode.gps");
-        app = std::make_unique<clsApplication>(lcPlatform);
+        FuzzCheck(QFile::copy(QStringLiteral(CORVANE_TEST_DATA "/pipeline-handbuilt/postcode.gps"),
+                              Home() + QStringLiteral("postcode.gps")), "place table copied");
         app->Init();
         geometry.SetFirstPage(1);
         geometry.SetLastPage(1);
         geometry.SetSizeOnePage(8);
         geometry.SetMaxDataOneMessage(60);
     }
+    clsFlashMemInfo geometry;
 };
-
-QByteArray ReadFile(const QString& vsPath)
-{
-    QFile lcFile(vsPath);
-    return lcFile.open(QIODevice::ReadOnly) ? lcFile.readAll() : QByteArray();
-}
 
 void CheckRecords(clsRecordCollection& rcRecords)
 {
@@ -74,17 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* vcData, size_t vlSize)
     scDecoder.window.calls.clear();
     const QString lsPage = scDecoder.app->PageFileName(1);
     const QByteArray lcContent(reinterpret_cast<const char*>(vcData), qsizetype(vlSize));
-    {
-        QFile lcFile(lsPage);
-        FuzzCheck(lcFile.open(QIODevice::WriteOnly) && lcFile.write(lcContent) == lcContent.size(), "page file written");
-    }
+    WriteInput(lsPage, lcContent);
     clsError lcError;
     scDecoder.app->DecodeAndProcess(lcError, scDecoder.geometry);
     if (lcError.IsError()) {
         if (QFile::exists(lsPage)) {
             FuzzCheck(lcError.Description().contains(QStringLiteral("Page1.DSW")), "the error names the page file",
                       lcError.Description());
-            FuzzCheck(ReadFile(lsPage) == lcContent, "a page file that fails to read is left as it was");
+            FuzzCheck(ReadAll(lsPage) == lcContent, "a page file that fails to read is left as it was");
             QFile::remove(lsPage);
         }
         return 0;
