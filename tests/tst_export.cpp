@@ -228,6 +228,32 @@ private slots:
         QVERIFY2(!start.isEmpty() || lcError.Description().contains(QStringLiteral(".csv")), qPrintable(lcError.Description()));
     }
 
+    void exportAsWritesNothingUnasked_data()
+    {
+        QTest::addColumn<bool>("cancelled");
+        QTest::newRow("dialog cancelled") << true;
+        QTest::newRow("No to replacing a file") << false;
+    }
+    // Export As keeps the file the user declined to replace, and a cancelled dialog is no error.
+    void exportAsWritesNothingUnasked()
+    {
+        QFETCH(bool, cancelled);
+        TestApp a(nullptr, false);
+        LoadSet(a, QStringLiteral("pipeline-handbuilt"));
+        const QString lsFile = a.Home() + QStringLiteral("trips.csv");
+        WriteAll(lsFile, "earlier export\r\n");
+        if (!cancelled) {
+            a.dialogs.fileNames.enqueue(lsFile);
+            a.dialogs.answers.enqueue(MsgResult::No);
+        }
+        clsError lcError;
+        a.app->ExportAs(lcError, QString());
+        QVERIFY2(!lcError.IsError(), qPrintable(lcError.Description()));
+        QCOMPARE(a.dialogs.boxes.size(), cancelled ? 0 : 1);
+        QCOMPARE(ReadAll(lsFile), QByteArray("earlier export\r\n"));
+        QVERIFY(!a.app->DataSaved());
+    }
+
     void openDialogStartsInTheLastDirectory_data()
     {
         QTest::addColumn<QString>("lastFile");
