@@ -124,6 +124,7 @@ private slots:
         QCOMPARE(r.app().Records().Count(), 0);
         QCOMPARE(PageFiles(r.t).size(), 6);
         QCOMPARE(r.app().DataSaved(), true);
+        QVERIFY(!r.app().Status().BigProgressBarInfo().Visible());
     }
 
     // Between the anchor (1000) and a correction that says the counter read 1200
@@ -187,6 +188,7 @@ private slots:
         const QByteArray lcGood = PageText({Record(2, 500), Record(2, 600)});
         QTest::newRow("not a number") << QByteArray(lcGood).replace(0, 1, "abc") << "Type mismatch in %1, line 1" << 1;
         QTest::newRow("value above 255") << QByteArray(lcGood).replace(0, 1, "256") << "Overflow in %1, line 1" << 1;
+        QTest::newRow("negative value") << QByteArray(lcGood).replace(0, 1, "-1") << "Overflow in %1, line 1" << 1;
         QTest::newRow("short file") << lcGood.split('\n').mid(0, 30).join('\n') << "Input past end of file in %1, line 31" << 2;
     }
     // Decoding stops at the bad value: the records of earlier pages stay, the bad
