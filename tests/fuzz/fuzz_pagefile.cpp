@@ -6,9 +6,7 @@
 // kinds are numbered 1, 2, 3 ... and every line has its 21 columns.
 
 #include "FuzzCheck.h"
-#include "TestApp.h"
-#include "TestFiles.h"
-#include "data/clsFlashMemInfo.h"
+#include "GoldenData.h"
 #include "data/clsHalvexRecord.h"
 #include "data/clsRecordCollection.h"
 
@@ -23,12 +21,8 @@ struct Decoder : TestApp {
         FuzzCheck(QFile::copy(QStringLiteral(CORVANE_TEST_DATA "/pipeline-handbuilt/postcode.gps"),
                               Home() + QStringLiteral("postcode.gps")), "place table copied");
         app->Init();
-        geometry.SetFirstPage(1);
-        geometry.SetLastPage(1);
-        geometry.SetSizeOnePage(8);
-        geometry.SetMaxDataOneMessage(60);
     }
-    clsFlashMemInfo geometry;
+    const clsFlashMemInfo geometry = Geometry(1, 1, 8);
 };
 
 void CheckRecords(clsRecordCollection& rcRecords)
